@@ -1,0 +1,140 @@
+// The instruction idiom: a CRTP base that owns each class's static descriptor, the
+// builder that fills it, and the thin argument view Execute works through.
+//
+//   namespace {
+//   class CDivide final : public TInstr<CDivide> {
+//    public:
+//     static void Describe(CDescriber& d) { d.Name("Divide")...; }
+//     int Execute(IXInstrContext* ctx) override { CArgs a(ctx); ... }
+//   };
+//   }  // namespace
+//   ZET_FACTORY(CDivide)
+//
+// ZET_FACTORY defines the function the registry (Registry.def) calls to create the
+// class's object; the classes themselves stay private to their family's file.
+#pragma once
+
+#include <initializer_list>
+#include <string>
+#include <utility>
+
+#include "zet/InstrPlugin.h"
+
+namespace zet {
+
+inline constexpr const char* kEmptyText = "***Empty***";
+
+// A descriptor default: a number, Boolean, text or typed value; "none" lets the
+// builder pick the kind's empty value (an empty array for array types).
+class CDefault {
+ public:
+  CDefault() = default;
+  CDefault(double v) { m_value = v; }  // NOLINT
+  CDefault(bool v) { m_value = v; }  // NOLINT
+  CDefault(const char* v) { m_value = v; }  // NOLINT
+  CDefault(const CZetBaseType& v) { m_value = v; }  // NOLINT
+  const CZetObject& Value() const { return m_value; }
+
+ private:
+  CZetObject m_value;
+};
+
+using CChoices = std::initializer_list<std::pair<int, const char*>>;
+
+// Fills an SInstrInfo exactly as the descriptor rules say: the header is zeroed,
+// every entry is appended fresh and then filled in place, ordinals are positions, and
+// the kind is computed last (Finish).
+class CDescriber {
+ public:
+  explicit CDescriber(SInstrInfo& info);
+  ~CDescriber();  // Finish
+
+  CDescriber& Name(const char* name);
+  CDescriber& Category(const char* category);
+  CDescriber& Ident(const char* ident, int id);
+  CDescriber& Description(const char* text);
+
+  // Parameters. Integer and choice values and limits are stored as ints.
+  CDescriber& ParamBool(const char* group, const char* name, const char* desc, bool value,
+                        int hint = 0);
+  CDescriber& ParamInt(const char* group, const char* name, const char* desc, int value, int min,
+                       int max, int hint = 0);
+  CDescriber& ParamNumber(const char* group, const char* name, const char* desc, double value,
+                          double min, double max, int hint = 0);
+  CDescriber& ParamString(const char* group, const char* name, const char* desc,
+                          const char* value, int hint = 0);
+  CDescriber& ParamChoice(const char* group, const char* name, const char* desc, int value,
+                          int min, int max, CChoices choices, int hint = 0);
+
+  CDescriber& Input(int type, const char* name, const CDefault& def = {},
+                    const char* desc = nullptr);
+  CDescriber& Variadic();
+  CDescriber& Output(int type, const char* name, const char* desc = nullptr);
+
+ private:
+  SInstrParam& NewParam(int type, const char* group, const char* name, const char* desc,
+                        int hint);
+  SInstrInfo& m_info;
+};
+
+// Empties a descriptor's lists (Term); the header stays.
+void TermInfo(SInstrInfo& info);
+
+template <class Derived>
+class TInstr : public IXInstrPlugin {
+ public:
+  void Init() override {
+    CDescriber d(s_info);
+    Derived::Describe(d);
+  }
+  void Term() override { TermInfo(s_info); }
+  SInstrInfo* GetInfo() override { return &s_info; }
+  IXInstrPlugin* Create() override { return new Derived; }
+
+  static SInstrInfo& Info() { return s_info; }
+
+ private:
+  static inline SInstrInfo s_info;
+};
+
+// The argument view of one Execute. Inputs, outputs and parameters are fetched from
+// the context once; reads follow the value conversions of CZetObject.
+class CArgs {
+ public:
+  explicit CArgs(IXInstrContext* ctx)
+      : m_ctx(ctx), m_in(ctx->GetInputs()), m_out(ctx->GetOutputs()) {}
+
+  int Count() const { return m_ctx->GetInputCount(); }
+  CZetObject& In(int i) const { return *m_in[i]; }
+  double Number(int i) const { return m_in[i]->AsDouble(); }
+  bool Bool(int i) const { return m_in[i]->AsBool(); }
+  int Int(int i) const { return m_in[i]->AsInt(); }
+  const char* Text(int i) const { return m_in[i]->AsText(); }
+  const std::string& String(int i) const { return m_in[i]->AsString(); }
+  template <class T>
+  T& Ref(int i) const {
+    return m_in[i]->Ref<T>();
+  }
+
+  CZetObject& Out(int i) const { return *m_out[i]; }
+  CZetObject& Param(int i) const { return *m_ctx->GetParams()[i]; }
+  IXInstrContext* Context() const { return m_ctx; }
+
+  // ReportError(level, source, text) through the notify service.
+  void Report(int level, const char* source, const char* text) const;
+  // Report, then return kFail.
+  int Fail(int level, const char* source, const char* text) const {
+    Report(level, source, text);
+    return kFail;
+  }
+
+ private:
+  IXInstrContext* m_ctx;
+  CZetObject** m_in;
+  CZetObject** m_out;
+};
+
+}  // namespace zet
+
+#define ZET_FACTORY(Class) \
+  IXInstrPlugin* ZetNew_##Class() { return new Class; }

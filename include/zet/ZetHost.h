@@ -1,0 +1,207 @@
+// ZetHost: the reference host. It loads a plug-in module the way an inspection host
+// does, gives its instructions a real execution context with the three services,
+// and runs zet's JSON-Lines requests.
+//
+//   CZetPluginModule module(path);                 // dlopen, ZetPluginLibGet, InitAll
+//   CZetExecContext ctx;
+//   IXInstrPlugin* add = module.At(module.Find("Add"));
+//   ctx.Reset(*add->GetInfo(), 3);                 // defaults, three wired inputs
+//   ctx.Input(0) = 1.0; ctx.Input(1) = 2.0; ctx.Input(2) = 3.0;
+//   SExecResult r = ctx.Run(add);                  // r.status == 0, ctx.Output(0) == 6
+#pragma once
+
+#include <map>
+#include <memory>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "zet/InstrPlugin.h"
+#include "zet/ZetExport.h"
+
+namespace zet::host {
+
+struct SReport {
+  int level;
+  std::string source;
+  std::string text;
+};
+
+struct SEvent {
+  int code;
+  int value;
+};
+
+// One call on the annotation service, kept as data: the operation's name and its
+// arguments by name in call order (a null label is an untyped value).
+struct SAnnotationRecord {
+  std::string op;
+  std::vector<std::pair<std::string, CZetObject>> fields;
+  int trailing[2] = {0, 0};
+};
+
+// Collects ReportError and PostEvent calls.
+class ZET_PLATFORM_API CNotifyRecorder final : public IXInstrNotify {
+ public:
+  void ReportError(int level, const CStdStr& source, const CStdStr& text) override;
+  void PostEvent(int code, int value) override;
+  std::vector<SReport> reports;
+  std::vector<SEvent> events;
+};
+
+// Named memory blocks; owns them (delete[]) for its whole life.
+class ZET_PLATFORM_API CNamedStore final : public IXInstrStore {
+ public:
+  ~CNamedStore() override;
+  void* Find(const char* name) override;
+  bool Add(const char* name, void* block, unsigned size) override;
+
+ private:
+  std::map<std::string, std::pair<uint8_t*, unsigned>> m_blocks;
+};
+
+// Records every annotation call.
+class ZET_PLATFORM_API CAnnotationRecorder final : public IXInstrAnnotations {
+ public:
+  void AddPoint(const char* label, const CZetPoint& pt, int color, int t1, int t2) override;
+  void AddSegment(const char* label, const CZetPoint& start, const CZetPoint& end, int color,
+                  int t1, int t2) override;
+  void AddLine(const char* label, const CZetLine& line, int color, int t1, int t2) override;
+  void AddCircle(const char* label, const CZetCircle& circle, int color, bool fill, int t1,
+                 int t2) override;
+  void AddCircles(const char* label, const CZetPointVector& centres, double radius, int color,
+                  bool fill, int t1, int t2) override;
+  void AddRect(const char* label, const CZetRect& rect, int color, bool fill, int t1,
+               int t2) override;
+  void AddPoints(const char* label, const CZetPointVector& points, int color, int t1,
+                 int t2) override;
+  void AddText(const CZetPoint& where, const char* label, const char* font, int color,
+               bool background, int t1, int t2) override;
+  void AddPolyline(const char* label, const CZetPointVector& points, int color, int t1,
+                   int t2) override;
+  void AddPixels(const char* label, const CZetPointVector& points, int color, int t1,
+                 int t2) override;
+  std::vector<SAnnotationRecord> records;
+
+ private:
+  SAnnotationRecord& New(const char* op, int t1, int t2);
+};
+
+struct SExecResult {
+  bool threw = false;
+  int status = 0;
+  std::string exception;  // what() of the exception when threw
+};
+
+// The execution context: parameter, input and output values with the pointer arrays
+// the instruction sees, and the services. The named store lives as long as the
+// context; reports, events and annotations are cleared by Reset.
+class ZET_PLATFORM_API CZetExecContext final : public IXInstrContext {
+ public:
+  CZetExecContext() = default;
+  CZetExecContext(const CZetExecContext&) = delete;
+  CZetExecContext& operator=(const CZetExecContext&) = delete;
+
+  // Prepares a run of an instruction with this descriptor: parameters take their
+  // descriptor values, inputs their defaults, outputs become untyped. `inputCount` is
+  // what GetInputCount answers (-1: the declared count). The input array always holds
+  // at least the declared inputs; inputs past the declared ones start untyped.
+  void Reset(const SInstrInfo& info, int inputCount = -1);
+  // Sizes the slots without touching descriptor defaults.
+  void Resize(int params, int inputs, int inputCount, int outputs);
+  void ClearRecords();
+
+  CZetObject& Param(int i) { return m_params[i]; }
+  CZetObject& Input(int i) { return m_inputs[i]; }
+  CZetObject& Output(int i) { return m_outputs[i]; }
+  int ParamSlots() const { return static_cast<int>(m_params.size()); }
+  int InputSlots() const { return static_cast<int>(m_inputs.size()); }
+  int OutputSlots() const { return static_cast<int>(m_outputs.size()); }
+
+  // Execute with every exception caught: one bad instruction never takes the host down.
+  SExecResult Run(IXInstrPlugin* instr);
+
+  CNotifyRecorder& Notify() { return m_notify; }
+  CNamedStore& Store() { return m_store; }
+  CAnnotationRecorder& Annotations() { return m_annotations; }
+  const std::vector<std::pair<int, int>>& OutputHints() const { return m_hints; }
+
+  // IXInstrContext
+  CZetObject** GetParams() override { return m_paramPtrs.data(); }
+  CZetObject** GetInputs() override { return m_inputPtrs.data(); }
+  int GetInputCount() override { return m_inputCount; }
+  CZetObject** GetOutputs() override { return m_outputPtrs.data(); }
+  CZetObject* GetParam(int i) override { return Slot(m_paramPtrs, i); }
+  CZetObject* GetInput(int i) override { return Slot(m_inputPtrs, i); }
+  CZetObject* GetOutput(int i) override { return Slot(m_outputPtrs, i); }
+  void SetOutputHint(int outputIndex, int value) override;
+  IXInstrService* GetService(int id) override;
+
+ private:
+  static CZetObject* Slot(std::vector<CZetObject*>& v, int i) {
+    return i >= 0 && static_cast<size_t>(i) < v.size() ? v[i] : nullptr;
+  }
+  std::vector<CZetObject> m_params, m_inputs, m_outputs;
+  std::vector<CZetObject*> m_paramPtrs, m_inputPtrs, m_outputPtrs;
+  int m_inputCount = 0;
+  std::vector<std::pair<int, int>> m_hints;
+  CNotifyRecorder m_notify;
+  CNamedStore m_store;
+  CAnnotationRecorder m_annotations;
+};
+
+// A loaded plug-in module: dlopen, ZetPluginLibGet, InitAll; TermAll and dlclose on
+// destruction.
+class ZET_PLATFORM_API CZetPluginModule {
+ public:
+  // Throws std::runtime_error with the loader's message when the module cannot be
+  // loaded or has no ZetPluginLibGet.
+  explicit CZetPluginModule(const std::string& path, bool init = true);
+  ~CZetPluginModule();
+  CZetPluginModule(const CZetPluginModule&) = delete;
+  CZetPluginModule& operator=(const CZetPluginModule&) = delete;
+
+  IXInstrPluginLib* Lib() const { return m_lib; }
+  int Count() const { return m_lib->GetPluginCount(); }
+  IXInstrPlugin* At(int index) const { return m_lib->GetPlugins()[index]; }
+  void TermAll();
+
+  // The index of an instruction named by identifier, display name (exact, or with
+  // the trailing blank trimmed when that is unambiguous) or 1-based position text.
+  // -1 with `error` set when unknown or ambiguous.
+  int Find(const std::string& name, std::string* error = nullptr) const;
+
+  // The plug-in beside the running executable, or where `make install` put it.
+  static std::string DefaultPath();
+
+ private:
+  void* m_handle = nullptr;
+  IXInstrPluginLib* m_lib = nullptr;
+  bool m_terminated = false;
+};
+
+// The JSON-Lines session of `zet exec`: one context for all requests.
+class ZET_PLATFORM_API CZetJsonSession {
+ public:
+  explicit CZetJsonSession(CZetPluginModule& module);
+  ~CZetJsonSession();
+  // One request line in, one response line out (no newline).
+  std::string Handle(const std::string& line);
+
+ private:
+  struct SImpl;
+  std::unique_ptr<SImpl> m_impl;
+};
+
+// Catalogue texts for `zet catalog` and `zet describe`.
+ZET_PLATFORM_API std::string CatalogJson(CZetPluginModule& module);
+ZET_PLATFORM_API std::string CatalogMarkdown(CZetPluginModule& module);
+ZET_PLATFORM_API std::string DescribeText(CZetPluginModule& module, int index);
+ZET_PLATFORM_API std::string ListText(CZetPluginModule& module);
+
+// Windows-1252 <-> UTF-8. FromUtf8 returns false when a character has no
+// Windows-1252 byte (or the UTF-8 is malformed).
+ZET_PLATFORM_API std::string Cp1252ToUtf8(const std::string& text);
+ZET_PLATFORM_API bool Utf8ToCp1252(const std::string& utf8, std::string* out);
+
+}  // namespace zet::host

@@ -1,0 +1,61 @@
+// ZetTypes: the platform's text type CStdStr and the containers built over it.
+//
+// CStdStr is a std::string with the printf-style Format of the platform and the
+// MFC-like helpers (Left, Right, Mid, Replace) the instructions use. Texts are single
+// bytes (Windows-1252); nothing here interprets them as UTF-8.
+#pragma once
+
+#include <cstdarg>
+#include <map>
+#include <string>
+#include <vector>
+
+#include "zet/ZetExport.h"
+
+class ZET_PLATFORM_API CStdStr : public std::string {
+ public:
+  using std::string::string;
+  CStdStr() = default;
+  CStdStr(const std::string& s) : std::string(s) {}  // NOLINT: implicit on purpose
+  CStdStr(std::string&& s) : std::string(std::move(s)) {}  // NOLINT
+
+  // printf-style formatting through the C runtime's bounded formatter. The scratch
+  // buffer starts at 2048 characters and grows through 6144, 12288, 20480, 30720 and
+  // 43008 while the runtime reports overflow; after the sixth attempt whatever fits
+  // (kFormatLimit characters) is kept. Only for formats written by this code base:
+  // user formats go through FormatDoubles.
+  void Format(const char* fmt, ...) __attribute__((format(printf, 2, 3)));
+  void FormatV(const char* fmt, va_list args);
+
+  // Formats user-supplied `fmt` with `count` doubles as its only possible arguments.
+  // The format is parsed, never handed to the runtime whole, so no conversion can read
+  // an argument that is not one of the doubles:
+  //  - a e f g (either case), with any flags, width and precision: the next double,
+  //    printed by the C runtime exactly as printf would; length modifiers are ignored;
+  //  - d i o u x X: the next double truncated toward zero to a 64-bit integer (NaN
+  //    gives 0, out-of-range values saturate), printed with the same flags;
+  //  - c: the character whose code is the low 8 bits of the next double truncated;
+  //  - `*` as width or precision: the next double truncated to an int, as printf's
+  //    int argument would be (a negative width means left-justify, a negative
+  //    precision is ignored);
+  //  - %%: one percent sign;
+  //  - s, p, n, any other conversion character, and a format ending inside a
+  //    conversion: the conversion's text is copied literally and consumes nothing.
+  // A conversion with no double left uses 0.0. Widths and precisions are bounded by
+  // kFormatLimit and so is the result, as with Format.
+  static CStdStr FormatDoubles(const char* fmt, const double* args, int count);
+
+  CStdStr Left(int n) const;
+  CStdStr Right(int n) const;
+  CStdStr Mid(int first, int count) const;
+  CStdStr Mid(int first) const;
+  // Replaces every non-overlapping occurrence of `what`, scanning on after each
+  // inserted replacement; returns the number of replacements. An empty `what` does
+  // nothing.
+  int Replace(const std::string& what, const std::string& with);
+
+  static constexpr int kFormatLimit = 43008 - 1;
+};
+
+using CStdStrVector = std::vector<CStdStr>;
+using CIntStrMap = std::map<int, CStdStr>;
