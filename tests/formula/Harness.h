@@ -1,0 +1,71 @@
+// Test harness for instructions: the real plug-in, loaded once per test binary
+// through the reference host, and a run helper.
+//
+//   CRun r = Exec("Divide", {1.0, 0.0});           // by display name or identifier
+//   EXPECT_EQ(r.status, 3);
+//   EXPECT_EQ(r.Report(0).text, "Division by zero");
+//   CRun s = Exec("Add", {1.0, 2.0, 3.0});          // variadic: the count is the list size
+//   EXPECT_EQ(s.Out(0).AsDouble(), 6.0);
+//
+// Values are CZetObjects built with V(...): V(1.5), V(true), V("text"),
+// V(CZetPoint(1, 2)), V(std::string("a\0b", 3)), or NumArr({1, 2}) for arrays.
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <initializer_list>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "zet/ZetHost.h"
+
+namespace zet::test {
+
+// The plug-in module of this test binary (loaded on first use, InitAll done).
+host::CZetPluginModule& Module();
+
+template <class T>
+CZetObject V(const T& v) {
+  CZetObject o;
+  o = v;
+  return o;
+}
+inline CZetObject V(const char* s) {
+  CZetObject o;
+  o = s;
+  return o;
+}
+inline CZetObject Untyped() { return CZetObject(); }
+CZetObject NumArr(std::initializer_list<double> v);
+CZetObject StrArr(std::initializer_list<const char*> v);
+
+struct CRun {
+  int status = 0;
+  bool threw = false;
+  std::string exception;
+  std::vector<CZetObject> outputs;
+  std::vector<host::SReport> reports;
+  std::vector<host::SEvent> events;
+  std::vector<host::SAnnotationRecord> annotations;
+
+  const CZetObject& Out(int i) const { return outputs.at(static_cast<size_t>(i)); }
+  const host::SReport& Report(int i) const { return reports.at(static_cast<size_t>(i)); }
+};
+
+struct SRunOptions {
+  std::vector<CZetObject> params;   // replaces parameters from index 0 on
+  std::vector<CZetObject> outputs;  // initial output values (default untyped)
+  int inputCount = -2;              // -2: declared count, or the list size when variadic
+};
+
+// Runs the instruction named `name` (identifier or display name) once on a fresh
+// context. Inputs given replace the defaults from index 0; a variadic instruction
+// gets exactly as many counted inputs as given.
+CRun Exec(const std::string& name, std::vector<CZetObject> inputs, const SRunOptions& opt = {});
+
+// The registry index of an instruction, failing the test when unknown.
+int IndexOf(const std::string& name);
+const SInstrInfo& InfoOf(const std::string& name);
+
+}  // namespace zet::test
