@@ -139,6 +139,12 @@ CDescriber& CDescriber::Output(int type, const char* name, const char* desc) {
   return *this;
 }
 
+CDescriber& CDescriber::KindWords(int32_t first, int32_t second) {
+  m_info.kindWords[0] = first;
+  m_info.kindWords[1] = second;
+  return *this;
+}
+
 void TermInfo(SInstrInfo& info) {
   for (SInstrInput& in : info.inputs) in.defaultValue.Clear();
   for (SInstrParam& p : info.params) {

@@ -70,6 +70,8 @@ class CDescriber {
                     const char* desc = nullptr);
   CDescriber& Variadic();
   CDescriber& Output(int type, const char* name, const char* desc = nullptr);
+  // The two words that decide kind 18/19; no class of this library sets them.
+  CDescriber& KindWords(int32_t first, int32_t second);
 
  private:
   SInstrParam& NewParam(int type, const char* group, const char* name, const char* desc,
