@@ -1,0 +1,28 @@
+#!/usr/bin/env bash
+# Builds and tests everything: gcc release, gcc with AddressSanitizer and
+# UndefinedBehaviorSanitizer, and clang release; warnings are errors. The long
+# exhaustive image check (ctest label "exhaustive") is left out; run it with
+#   ctest --test-dir build/release -L exhaustive
+set -uo pipefail
+cd "$(dirname "$0")/.."
+bash scripts/deps.sh || exit 1
+jobs=$(nproc)
+fail=0
+mkdir -p build
+for preset in release asan clang; do
+  echo "== $preset =="
+  log=build/$preset.log
+  if ! { cmake --preset "$preset" -DZET_WERROR=ON && cmake --build --preset "$preset" -j "$jobs"; } >"$log" 2>&1; then
+    grep -E -A5 "error|warning" "$log" | head -n 60
+    tail -n 20 "$log"
+    fail=1
+    continue
+  fi
+  if ! ctest --preset "$preset" -j "$jobs" -LE exhaustive >"$log.test" 2>&1; then
+    fail=1
+    grep -E -B2 -A40 "\*\*\*Failed|Failure|ERROR: |runtime error" "$log.test" | head -n 200
+  fi
+  tail -n 3 "$log.test"
+done
+echo "all presets: $( [ $fail -eq 0 ] && echo passed || echo FAILED )"
+exit $fail

@@ -1,0 +1,18 @@
+#!/usr/bin/env bash
+# Installs the build tree into a scratch prefix, builds the out-of-tree host of
+# examples/embed against it (CMake package), checks the pkg-config file, and runs it.
+set -euo pipefail
+build=$1; src=$2
+work=$(mktemp -d); trap 'rm -rf "$work"' EXIT
+cmake --install "$build" --prefix "$work/prefix" >/dev/null
+cmake -S "$src/examples/embed" -B "$work/embed" -G Ninja -DCMAKE_PREFIX_PATH="$work/prefix" \
+  -DCMAKE_CXX_FLAGS="${EMBED_CXX_FLAGS:-}" >/dev/null
+cmake --build "$work/embed" >/dev/null
+PKG_CONFIG_PATH="$work/prefix/lib/pkgconfig" pkg-config --cflags --libs zetformula | grep -q -- -lzetplatform
+test -x "$work/prefix/bin/zet"
+"$work/prefix/bin/zet" list | head -n 1 | grep -q _Zet_Numeric_Set_
+out=$(LD_LIBRARY_PATH="$work/prefix/lib" "$work/embed/embed_host")
+echo "$out"
+grep -q "Add -> status 0, sum 6.5" <<<"$out"
+grep -q "report: level 2, Numeric: Divide: Division by zero" <<<"$out"
+grep -q "Divide -> status 3" <<<"$out"
