@@ -97,8 +97,9 @@ int IntOf(const Json& j, const std::string& what) {
     const auto v = j.get<int64_t>();
     if (v >= INT32_MIN && v <= INT32_MAX) return static_cast<int>(v);
   } else if (j.is_number_float()) {
-    const double d = j.get<double>();
-    if (d == std::floor(d) && d >= INT32_MIN && d <= INT32_MAX) return static_cast<int>(d);
+    // Truncated toward zero, as the library turns numbers into integers.
+    const double d = std::trunc(j.get<double>());
+    if (d >= INT32_MIN && d <= INT32_MAX) return static_cast<int>(d);
   }
   Fail(what + ": expected a 32-bit integer, got " + j.dump());
 }
