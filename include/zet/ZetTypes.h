@@ -29,20 +29,30 @@ class ZET_PLATFORM_API CStdStr : public std::string {
 
   // Formats user-supplied `fmt` with `count` doubles as its only possible arguments.
   // The format is parsed, never handed to the runtime whole, so no conversion can read
-  // an argument that is not one of the doubles:
-  //  - a e f g (either case), with any flags, width and precision: the next double,
-  //    printed by the C runtime exactly as printf would; length modifiers are ignored;
+  // an argument that is not one of the doubles. A conversion is '%', flags among
+  // - + space # 0 ' (each may repeat), a width (digits or `*`), a precision ('.' and
+  // digits or `*`), length modifiers (hh h l ll L q j z Z t, all ignored) and a letter:
+  //  - a A e E f F g G: the next double, printed by the C runtime exactly as printf
+  //    prints it with those flags, width and precision (so %Lf and %lf are %f);
   //  - d i o u x X: the next double truncated toward zero to a 64-bit integer (NaN
-  //    gives 0, out-of-range values saturate), printed with the same flags;
-  //  - c: the character whose code is the low 8 bits of the next double truncated;
-  //  - `*` as width or precision: the next double truncated to an int, as printf's
-  //    int argument would be (a negative width means left-justify, a negative
-  //    precision is ignored);
-  //  - %%: one percent sign;
-  //  - s, p, n, any other conversion character, and a format ending inside a
-  //    conversion: the conversion's text is copied literally and consumes nothing.
-  // A conversion with no double left uses 0.0. Widths and precisions are bounded by
-  // kFormatLimit and so is the result, as with Format.
+  //    gives 0, out-of-range values saturate), printed as %lld, or as %llo %llu %llx
+  //    %llX of its two's complement (so %X of -1 is sixteen F);
+  //  - c: the byte whose code is the low 8 bits of the next double truncated toward
+  //    zero (a code of 0 puts a zero byte in the result); the precision is dropped;
+  //  - %: one percent sign, whatever flags, width or precision stand between, as the
+  //    C runtime prints it;
+  //  - `*` as width or precision (with any of the letters above): takes the next
+  //    double first, truncated by ZetTruncInt32 as printf's int argument would be; a
+  //    negative width means left-justify, a negative precision is as if omitted;
+  //  - s, p, n, any other letter, a positional "%1$f", a flag outside the list above,
+  //    and a format ending inside a conversion: the conversion's text is copied
+  //    literally and takes no double.
+  // Doubles are taken in format order; a conversion with no double left uses 0.0, and
+  // doubles left over are ignored. The result holds at most kFormatLimit characters,
+  // as with Format (what fits is kept). Widths and precisions are clamped far above
+  // that limit before the runtime sees them, so a huge one ("%999999999f",
+  // "%.99999999f") costs bounded time and memory and yields the same kept text as
+  // the unclamped conversion would. A null `fmt` gives the empty text.
   static CStdStr FormatDoubles(const char* fmt, const double* args, int count);
 
   CStdStr Left(int n) const;
