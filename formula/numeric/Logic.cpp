@@ -1,0 +1,104 @@
+// Boolean logic: set, NOT, and the variadic AND, OR and XOR.
+#include "frame/Instr.h"
+
+namespace zet {
+namespace {
+
+constexpr const char* kCat = "Boolean";
+
+// Every instruction here has one Boolean input "bool"; its default when unwired is
+// false.
+CDescriber& Logic(CDescriber& d, const char* name, const char* ident, int id,
+                  const char* description) {
+  return d.Name(name).Category(kCat).Ident(ident, id).Description(description)
+      .Input(kTypeBool, "bool", false);
+}
+
+class CBooleanSet final : public TInstr<CBooleanSet> {
+ public:
+  static void Describe(CDescriber& d) {
+    Logic(d, "SetBoolean", "_Zet_Boolean_Set_", 460075, "Sets a boolean to the specified value")
+        .Output(kTypeBool, "output");
+  }
+  int Execute(IXInstrContext* ctx) override {
+    CArgs a(ctx);
+    a.Out(0) = a.In(0);  // the whole value, as SetNumber does
+    return kOk;
+  }
+};
+
+class CNot final : public TInstr<CNot> {
+ public:
+  static void Describe(CDescriber& d) {
+    Logic(d, "NOT", "_Zet_Boolean_Not_", 460076, "Boolean NOT").Output(kTypeBool, "negated input");
+  }
+  int Execute(IXInstrContext* ctx) override {
+    CArgs a(ctx);
+    a.Out(0) = !a.Bool(0);
+    return kOk;
+  }
+};
+
+// Input 0 is read whatever the count is. Once the result is false the remaining
+// inputs are not read at all; OR and XOR read every input.
+class CAnd final : public TInstr<CAnd> {
+ public:
+  static void Describe(CDescriber& d) {
+    Logic(d, "AND", "_Zet_Boolean_And_", 460077, "Boolean AND; true if all inputs are true")
+        .Variadic()
+        .Output(kTypeBool, "and result");
+  }
+  int Execute(IXInstrContext* ctx) override {
+    CArgs a(ctx);
+    const int n = a.Count();
+    bool r = a.Bool(0);
+    for (int i = 1; i < n && r; ++i) r = a.Bool(i);
+    a.Out(0) = r;
+    return kOk;
+  }
+};
+
+class COr final : public TInstr<COr> {
+ public:
+  static void Describe(CDescriber& d) {
+    Logic(d, "OR", "_Zet_Boolean_Or_", 460078, "Boolean OR; true if any input is true")
+        .Variadic()
+        .Output(kTypeBool, "or result");
+  }
+  int Execute(IXInstrContext* ctx) override {
+    CArgs a(ctx);
+    const int n = a.Count();
+    bool r = a.Bool(0);
+    for (int i = 1; i < n; ++i) r = a.Bool(i) || r;
+    a.Out(0) = r;
+    return kOk;
+  }
+};
+
+class CXor final : public TInstr<CXor> {
+ public:
+  static void Describe(CDescriber& d) {
+    Logic(d, "XOR", "_Zet_Boolean_Xor_", 460079,
+          "Boolean XOR; true if an odd number of inputs is true")
+        .Variadic()
+        .Output(kTypeBool, "xor result");
+  }
+  int Execute(IXInstrContext* ctx) override {
+    CArgs a(ctx);
+    const int n = a.Count();
+    bool r = a.Bool(0);
+    for (int i = 1; i < n; ++i) r = r != a.Bool(i);
+    a.Out(0) = r;
+    return kOk;
+  }
+};
+
+}  // namespace
+}  // namespace zet
+
+using namespace zet;  // NOLINT: the factories name the classes above
+ZET_FACTORY(CBooleanSet)
+ZET_FACTORY(CNot)
+ZET_FACTORY(CAnd)
+ZET_FACTORY(COr)
+ZET_FACTORY(CXor)
