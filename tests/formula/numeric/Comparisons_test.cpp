@@ -42,29 +42,5 @@ TEST(Comparisons, Table) {
   }
 }
 
-TEST(Comparisons, Descriptors) {
-  const struct {
-    const char* ident;
-    int id;
-    const char* output;
-  } cases[] = {{"_Zet_Numeric_CGreater_", 460124, "n1 > n2"},
-               {"_Zet_Numeric_CGreaterOrEqual_", 460125, "n1 >= n2"},
-               {"_Zet_Numeric_CLess_", 460126, "n1 < n2"},
-               {"_Zet_Numeric_CLessOrEqual_", 460127, "n1 <= n2"},
-               {"_Zet_Numeric_CEqual_", 460128, "n1 == n2"},
-               {"_Zet_Numeric_CNotEqual_", 460129, "n1 != n2"}};
-  for (const auto& c : cases) {
-    SCOPED_TRACE(c.ident);
-    const SInstrInfo& info = InfoOf(c.ident);
-    EXPECT_EQ(info.id, c.id);
-    EXPECT_STREQ(info.category, "Numeric");
-    ASSERT_EQ(info.inputs.size(), 2u);
-    EXPECT_STREQ(info.inputs[1].name, "n2");
-    ASSERT_EQ(info.outputs.size(), 1u);
-    EXPECT_EQ(info.outputs[0].type, kTypeBool);
-    EXPECT_STREQ(info.outputs[0].name, c.output);
-  }
-}
-
 }  // namespace
 }  // namespace zet::test

@@ -86,32 +86,5 @@ TEST(LogicDeathTest, AndReadsNoInputAfterAFalseOne) {
       testing::ExitedWithCode(0), "");
 }
 
-TEST(Logic, Descriptors) {
-  const struct {
-    const char* name;
-    const char* ident;
-    int id;
-    bool variadic;
-    const char* output;
-  } cases[] = {{"SetBoolean", "_Zet_Boolean_Set_", 460075, false, "output"},
-               {"NOT", "_Zet_Boolean_Not_", 460076, false, "negated input"},
-               {"AND", "_Zet_Boolean_And_", 460077, true, "and result"},
-               {"OR", "_Zet_Boolean_Or_", 460078, true, "or result"},
-               {"XOR", "_Zet_Boolean_Xor_", 460079, true, "xor result"}};
-  for (const auto& c : cases) {
-    SCOPED_TRACE(c.ident);
-    const SInstrInfo& info = InfoOf(c.ident);
-    EXPECT_STREQ(info.name, c.name);
-    EXPECT_STREQ(info.category, "Boolean");
-    EXPECT_EQ(info.id, c.id);
-    EXPECT_EQ(info.variadic, c.variadic ? 1 : 0);
-    ASSERT_EQ(info.inputs.size(), 1u);
-    EXPECT_EQ(info.inputs[0].type, kTypeBool);
-    EXPECT_STREQ(info.inputs[0].name, "bool");
-    ASSERT_EQ(info.outputs.size(), 1u);
-    EXPECT_STREQ(info.outputs[0].name, c.output);
-  }
-}
-
 }  // namespace
 }  // namespace zet::test

@@ -1,5 +1,5 @@
 // Statistics: results of both forms, the population/sample variance split, the 999
-// sentinel, silent failures, and the descriptor facts that are irregular.
+// sentinel, and the silent failures that leave the outputs untouched.
 #include <cmath>
 #include <limits>
 
@@ -101,58 +101,6 @@ TEST(Statistics, TooFewSamplesFailSilentlyAndWriteNothing) {
       EXPECT_EQ(r.Out(1).AsDouble(), 43.0);
     }
   }
-}
-
-TEST(Statistics, Descriptors) {
-  const struct {
-    const char* ident;
-    int id;
-    bool variadic;
-    std::vector<std::string> inputs, outputs;
-  } cases[] = {
-      {"_Zet_Numeric_CMin_", 460130, true, {"number"}, {"min", "idx"}},
-      {"_Zet_Numeric_CMax_", 460131, true, {"number"}, {"max", "idx"}},
-      {"_Zet_Numeric_CMean_", 460132, true, {"number"}, {"avg"}},
-      {"_Zet_Numeric_CVariance_", 460133, true, {"number"}, {"variance"}},
-      {"_Zet_Numeric-Stat_CCp_", 460139, true, {"HiLim", "LoLim", "number"}, {"Cp"}},
-      {"_Zet_Numeric-Stat_CCpk_", 460140, true, {"HiLim", "LoLim", "number"}, {"Cpk"}},
-      {"_Zet_Numeric_CSumArr_", 460134, false, {"numbers"}, {"sum"}},
-      {"_Zet_Numeric_CMinArr_", 460135, false, {"numbers"}, {"min", "idx"}},
-      {"_Zet_Numeric_CMaxArr_", 460136, false, {"numbers"}, {"max", "idx"}},
-      {"_Zet_Numeric_CMeanArr_", 460137, false, {"numbers"}, {"avg"}},
-      {"_Zet_Numeric_CVarianceArr_", 460138, false, {"numbers"}, {"variance"}},
-      {"_Zet_Default_CCpArr_", 460141, false, {"HiLim", "LoLim", "numbers"}, {"Cp"}},
-      {"_Zet_Number-Stat_CCpkArr_", 460142, false, {"HiLim", "LoLim", "numbers"}, {"Cpk"}},
-  };
-  for (const auto& c : cases) {
-    SCOPED_TRACE(c.ident);
-    const SInstrInfo& info = InfoOf(c.ident);
-    EXPECT_EQ(info.id, c.id);
-    EXPECT_STREQ(info.category, "Statistics");
-    EXPECT_EQ(info.variadic, c.variadic ? 1 : 0);
-    ASSERT_EQ(info.inputs.size(), c.inputs.size());
-    for (size_t i = 0; i < c.inputs.size(); ++i) {
-      const SInstrInput& in = info.inputs[i];
-      EXPECT_EQ(in.name, c.inputs[i]);
-      EXPECT_EQ(in.description, nullptr);
-      if (c.inputs[i] == "numbers") {
-        EXPECT_EQ(in.type, kTypeNumberArray);
-        const CZetNumberVector* def = in.defaultValue.Get<CZetNumberVector>();
-        ASSERT_NE(def, nullptr);
-        EXPECT_EQ(def->Size(), 0u);
-      } else {
-        EXPECT_EQ(in.type, kTypeNumber);
-      }
-    }
-    ASSERT_EQ(info.outputs.size(), c.outputs.size());
-    for (size_t i = 0; i < c.outputs.size(); ++i) EXPECT_EQ(info.outputs[i].name, c.outputs[i]);
-  }
-  // Kept exactly, with the missing parenthesis and blank.
-  EXPECT_STREQ(InfoOf("_Zet_Number-Stat_CCpkArr_").description,
-               "Returns the process capability index Cpk2 sided specification limits) for all "
-               "the valuesin the array argument.");
-  EXPECT_STREQ(InfoOf("_Zet_Numeric-Stat_CCp_").description,
-               "Returns the process capability index Cp");
 }
 
 }  // namespace

@@ -70,39 +70,5 @@ TEST_F(Trigonometric, InverseOutOfDomainWritesNaN) {
   }
 }
 
-TEST_F(Trigonometric, Descriptors) {
-  const struct {
-    const char* name;
-    const char* ident;
-    int id;
-    const char* input;  // null: none
-    const char* output;
-  } cases[] = {
-      {"Sin", "_Zet_Trigonometric_Sin_", 460174, "angle", "sin"},
-      {"ArcSin", "_Zet_Trigonometric_ArcSin_", 460177, "sin", "angle"},
-      {"ArcTan", "_Zet_Trigonometric_ArcTan_", 460179, "tan", "angle"},
-      {"DegToRad", "_Zet_Trigonometric_Deg2Rad_", 460180, "angle", "radians"},
-      {"RadToDeg", "_Zet_Trigonometric_Rad2Deg_", 460181, "angle", "degrees"},
-      {"GetPi", "_Zet_Trigonometric_GetPi_", 460182, nullptr, "Pi"},
-      {"GetPiDiv2", "_Zet_Trigonometry_CGetPiDiv2_", 460183, nullptr, "PiDiv2"},
-      {"GetPiDiv4", "_Zet_Trigonometry_CGetPiDiv4_", 460184, nullptr, "PiDiv4"},
-  };
-  for (const auto& c : cases) {
-    SCOPED_TRACE(c.ident);
-    const SInstrInfo& info = InfoOf(c.ident);
-    EXPECT_STREQ(info.name, c.name);
-    EXPECT_STREQ(info.category, "Trigonometric");
-    EXPECT_EQ(info.id, c.id);
-    ASSERT_EQ(info.inputs.size(), c.input ? 1u : 0u);
-    if (c.input) {
-      EXPECT_STREQ(info.inputs[0].name, c.input);
-    }
-    ASSERT_EQ(info.outputs.size(), 1u);
-    EXPECT_STREQ(info.outputs[0].name, c.output);
-  }
-  EXPECT_STREQ(InfoOf("GetPi").description,
-               "Retrieves the value of Pi (as used internally by the application.)");
-}
-
 }  // namespace
 }  // namespace zet::test
