@@ -55,6 +55,27 @@ SSums SumArray(const CZetNumberVector& v) {
   return m;
 }
 
+// The first extreme of x(0) .. x(n - 1), written to outputs 0 (value) and 1 (its
+// index, as an int): x(i) replaces the current extreme m only when replaces(m, x(i)),
+// so the first of equal extremes wins. x(0) is read even when n is 0.
+template <class Get, class Replaces>
+void WriteFirstExtreme(const CArgs& a, int n, Get x, Replaces replaces) {
+  double m = x(0);
+  int idx = 0;
+  for (int i = 1; i < n; ++i) {
+    const double xi = x(i);
+    if (replaces(m, xi)) {
+      m = xi;
+      idx = i;
+    }
+  }
+  a.Out(0) = m;
+  a.Out(1) = idx;
+}
+
+bool Lower(double m, double x) { return m > x; }
+bool Higher(double m, double x) { return m < x; }
+
 // ---- Repeated number inputs ----
 
 CDescriber& Variadic(CDescriber& d, const char* name, const char* ident, int id,
@@ -85,18 +106,7 @@ class CMin final : public TInstr<CMin> {
   }
   int Execute(IXInstrContext* ctx) override {
     CArgs a(ctx);
-    const int n = a.Count();
-    double m = a.Number(0);
-    int idx = 0;
-    for (int i = 1; i < n; ++i) {
-      const double x = a.Number(i);
-      if (m > x) {
-        m = x;
-        idx = i;
-      }
-    }
-    a.Out(0) = m;
-    a.Out(1) = idx;
+    WriteFirstExtreme(a, a.Count(), [&](int i) { return a.Number(i); }, Lower);
     return kOk;
   }
 };
@@ -111,18 +121,7 @@ class CMax final : public TInstr<CMax> {
   }
   int Execute(IXInstrContext* ctx) override {
     CArgs a(ctx);
-    const int n = a.Count();
-    double m = a.Number(0);
-    int idx = 0;
-    for (int i = 1; i < n; ++i) {
-      const double x = a.Number(i);
-      if (m < x) {
-        m = x;
-        idx = i;
-      }
-    }
-    a.Out(0) = m;
-    a.Out(1) = idx;
+    WriteFirstExtreme(a, a.Count(), [&](int i) { return a.Number(i); }, Higher);
     return kOk;
   }
 };
@@ -237,18 +236,8 @@ class CMinArr final : public TInstr<CMinArr> {
   int Execute(IXInstrContext* ctx) override {
     CArgs a(ctx);
     const CZetNumberVector& v = a.Ref<CZetNumberVector>(0);
-    const unsigned n = v.Size();
-    if (n == 0) return kFail;
-    double m = v[0];
-    unsigned idx = 0;
-    for (unsigned i = 1; i < n; ++i) {
-      if (m > v[i]) {
-        m = v[i];
-        idx = i;
-      }
-    }
-    a.Out(0) = m;
-    a.Out(1) = static_cast<int>(idx);
+    if (v.Size() == 0) return kFail;
+    WriteFirstExtreme(a, static_cast<int>(v.Size()), [&](int i) { return v[i]; }, Lower);
     return kOk;
   }
 };
@@ -264,18 +253,8 @@ class CMaxArr final : public TInstr<CMaxArr> {
   int Execute(IXInstrContext* ctx) override {
     CArgs a(ctx);
     const CZetNumberVector& v = a.Ref<CZetNumberVector>(0);
-    const unsigned n = v.Size();
-    if (n == 0) return kFail;
-    double m = v[0];
-    unsigned idx = 0;
-    for (unsigned i = 1; i < n; ++i) {
-      if (m < v[i]) {
-        m = v[i];
-        idx = i;
-      }
-    }
-    a.Out(0) = m;
-    a.Out(1) = static_cast<int>(idx);
+    if (v.Size() == 0) return kFail;
+    WriteFirstExtreme(a, static_cast<int>(v.Size()), [&](int i) { return v[i]; }, Higher);
     return kOk;
   }
 };
