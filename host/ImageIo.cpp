@@ -1,8 +1,332 @@
-// Placeholder until the image codecs land.
+// Image files for the host: binary PGM (P5) and PNG in, PGM and PNG out, and the
+// SHA-256 of an image's pixels.
+//
+// Decisions kept here:
+// - Files are recognised by their contents (the P5 or PNG signature), not their
+//   name; anything else is refused with a text naming the file.
+// - PGM samples are kept as stored, without rescaling to the full range: a maxval of
+//   100 still gives 8-bit pixels 0..100. 16-bit samples are big-endian in the file
+//   and native (little-endian) in memory.
+// - PNG: grey of 1, 2 or 4 bits is expanded to 8 bits; grey with alpha loses its
+//   alpha (the image stays monochrome); palette images become colour, with alpha
+//   when the palette has transparency; 16-bit colour is scaled to 8 bits; a grey
+//   transparency chunk is ignored. No gamma conversion is applied.
+// - Writing is chosen by the extension (.pgm or .png, either case). PGM holds grey
+//   only (8 or 16 bits). A 4-byte image is written to PNG as RGB when every fourth
+//   byte is 0 (as in the instructions' colour images, whose fourth byte would read as
+//   a fully transparent alpha) and as RGBA otherwise, so reading the file back gives
+//   the same bytes either way.
 #include "ImageIo.h"
 
+#include <openssl/evp.h>
+#include <png.h>
+
+#include <cctype>
+#include <csetjmp>
+#include <cstdio>
+#include <cstring>
+#include <fstream>
+#include <memory>
+#include <vector>
+
 namespace zet::host {
-std::string LoadImageFile(const std::string& path, CZetImage&) { return "cannot read image '" + path + "'"; }
-std::string SaveImageFile(const std::string& path, const CZetImage&) { return "cannot write image '" + path + "'"; }
-std::string ImageSha256(const CZetImage&) { return ""; }
+namespace {
+
+struct SFileCloser {
+  void operator()(FILE* f) const { std::fclose(f); }
+};
+using CFile = std::unique_ptr<FILE, SFileCloser>;
+
+std::string Quote(const std::string& path) { return "'" + path + "'"; }
+
+std::string LowerExtension(const std::string& path) {
+  const size_t slash = path.find_last_of('/');
+  const size_t dot = path.find_last_of('.');
+  if (dot == std::string::npos || (slash != std::string::npos && dot < slash)) return "";
+  std::string ext = path.substr(dot);
+  for (char& c : ext) c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
+  return ext;
+}
+
+// ---- PGM ----
+
+// Reads the next header number, skipping blanks and '#' comments.
+bool PgmNumber(const std::vector<uint8_t>& data, size_t& pos, long& value) {
+  while (pos < data.size()) {
+    if (data[pos] == '#') {
+      while (pos < data.size() && data[pos] != '\n' && data[pos] != '\r') ++pos;
+    } else if (std::isspace(data[pos])) {
+      ++pos;
+    } else {
+      break;
+    }
+  }
+  if (pos >= data.size() || !std::isdigit(data[pos])) return false;
+  value = 0;
+  while (pos < data.size() && std::isdigit(data[pos])) {
+    value = value * 10 + (data[pos] - '0');
+    if (value > 1000000) return false;
+    ++pos;
+  }
+  return true;
+}
+
+std::string LoadPgm(const std::string& path, const std::vector<uint8_t>& data, CZetImage& image) {
+  size_t pos = 2;
+  long width = 0, height = 0, maxval = 0;
+  if (!PgmNumber(data, pos, width) || !PgmNumber(data, pos, height) ||
+      !PgmNumber(data, pos, maxval) || pos >= data.size() || !std::isspace(data[pos]))
+    return "bad PGM header in " + Quote(path);
+  ++pos;  // the single blank after maxval
+  if (width <= 0 || height <= 0) return "PGM " + Quote(path) + " has no pixels";
+  if (maxval < 1 || maxval > 65535)
+    return "PGM " + Quote(path) + ": maxval " + std::to_string(maxval) + " out of 1..65535";
+  const int bpp = maxval <= 255 ? 1 : 2;
+  const size_t need = static_cast<size_t>(width) * height * bpp;
+  if (data.size() - pos < need) return "PGM " + Quote(path) + " is truncated";
+  if (image.Create(static_cast<int>(width), static_cast<int>(height),
+                   bpp == 1 ? kZetImageMono8 : kZetImageMono16) != kZetImageOk)
+    return "PGM " + Quote(path) + " is too large";
+  const uint8_t* src = data.data() + pos;
+  for (int y = 0; y < image.Height(); ++y, src += static_cast<size_t>(width) * bpp) {
+    uint8_t* row = image.Row(y);
+    if (bpp == 1) {
+      std::memcpy(row, src, static_cast<size_t>(width));
+    } else {
+      for (long x = 0; x < width; ++x) {
+        const uint16_t v = static_cast<uint16_t>(src[2 * x] << 8 | src[2 * x + 1]);
+        std::memcpy(row + 2 * x, &v, 2);
+      }
+    }
+  }
+  return "";
+}
+
+std::string SavePgm(const std::string& path, const CZetImage& image) {
+  const int bpp = image.BytesPerPixel();
+  if (image.Attr() != kZetImageMono8 && image.Attr() != kZetImageMono16)
+    return "cannot write " + Quote(path) + ": PGM holds grey images only";
+  std::ofstream out(path, std::ios::binary);
+  if (!out) return "cannot create " + Quote(path);
+  out << "P5\n" << image.Width() << ' ' << image.Height() << '\n'
+      << (bpp == 1 ? 255 : 65535) << '\n';
+  std::vector<uint8_t> row(static_cast<size_t>(image.Width()) * bpp);
+  for (int y = 0; y < image.Height(); ++y) {
+    const uint8_t* src = image.Row(y);
+    if (bpp == 1) {
+      std::memcpy(row.data(), src, row.size());
+    } else {
+      for (int x = 0; x < image.Width(); ++x) {
+        uint16_t v;
+        std::memcpy(&v, src + 2 * x, 2);
+        row[2 * x] = static_cast<uint8_t>(v >> 8);
+        row[2 * x + 1] = static_cast<uint8_t>(v);
+      }
+    }
+    out.write(reinterpret_cast<const char*>(row.data()), static_cast<std::streamsize>(row.size()));
+  }
+  out.close();
+  if (!out) return "cannot write " + Quote(path);
+  return "";
+}
+
+// ---- PNG ----
+// libpng reports errors by longjmp. The functions holding a setjmp below keep no
+// objects with destructors of their own; everything they fill lives with the caller.
+
+struct SPngState {
+  char error[200] = "";
+};
+
+void PngError(png_structp png, png_const_charp msg) {
+  auto* state = static_cast<SPngState*>(png_get_error_ptr(png));
+  std::snprintf(state->error, sizeof state->error, "%s", msg);
+  std::longjmp(png_jmpbuf(png), 1);
+}
+
+void PngWarning(png_structp, png_const_charp) {}
+
+// Decodes into `image`; returns false with state.error set on a libpng error.
+bool ReadPng(FILE* f, CZetImage& image, std::vector<png_bytep>& rows, SPngState& state) {
+  png_structp png = png_create_read_struct(PNG_LIBPNG_VER_STRING, &state, PngError, PngWarning);
+  if (!png) {
+    std::snprintf(state.error, sizeof state.error, "out of memory");
+    return false;
+  }
+  png_infop info = png_create_info_struct(png);
+  if (!info || setjmp(png_jmpbuf(png))) {
+    png_destroy_read_struct(&png, &info, nullptr);
+    if (!state.error[0]) std::snprintf(state.error, sizeof state.error, "out of memory");
+    return false;
+  }
+  png_init_io(png, f);
+  png_read_info(png, info);
+  const png_uint_32 width = png_get_image_width(png, info);
+  const png_uint_32 height = png_get_image_height(png, info);
+  const int depth = png_get_bit_depth(png, info);
+  const int colour = png_get_color_type(png, info);
+  int attr = kZetImageColor32;
+  switch (colour) {
+    case PNG_COLOR_TYPE_GRAY:
+    case PNG_COLOR_TYPE_GRAY_ALPHA:
+      if (colour == PNG_COLOR_TYPE_GRAY_ALPHA) png_set_strip_alpha(png);
+      if (depth < 8) png_set_expand_gray_1_2_4_to_8(png);
+      attr = depth == 16 ? kZetImageMono16 : kZetImageMono8;
+      if (depth == 16) png_set_swap(png);
+      break;
+    case PNG_COLOR_TYPE_PALETTE:
+    case PNG_COLOR_TYPE_RGB:
+      if (colour == PNG_COLOR_TYPE_PALETTE) png_set_palette_to_rgb(png);
+      if (depth == 16) png_set_scale_16(png);
+      if (png_get_valid(png, info, PNG_INFO_tRNS))
+        png_set_tRNS_to_alpha(png);
+      else
+        png_set_filler(png, 0, PNG_FILLER_AFTER);
+      break;
+    case PNG_COLOR_TYPE_RGB_ALPHA:
+      if (depth == 16) png_set_scale_16(png);
+      break;
+    default:
+      std::snprintf(state.error, sizeof state.error, "colour type %d not supported", colour);
+      png_destroy_read_struct(&png, &info, nullptr);
+      return false;
+  }
+  png_set_interlace_handling(png);
+  png_read_update_info(png, info);
+  const int bpp = CZetImage::BytesPerPixel(attr);
+  if (width > static_cast<png_uint_32>(CZetImage::kMaxSide) ||
+      height > static_cast<png_uint_32>(CZetImage::kMaxSide) ||
+      image.Create(static_cast<int>(width), static_cast<int>(height), attr) != kZetImageOk) {
+    std::snprintf(state.error, sizeof state.error, "image of %ux%u is too large", width, height);
+    png_destroy_read_struct(&png, &info, nullptr);
+    return false;
+  }
+  if (png_get_rowbytes(png, info) != static_cast<size_t>(width) * bpp) {
+    std::snprintf(state.error, sizeof state.error, "unexpected row layout");
+    png_destroy_read_struct(&png, &info, nullptr);
+    return false;
+  }
+  rows.resize(height);
+  for (png_uint_32 y = 0; y < height; ++y) rows[y] = image.Row(static_cast<int>(y));
+  png_read_image(png, rows.data());
+  png_read_end(png, nullptr);
+  png_destroy_read_struct(&png, &info, nullptr);
+  return true;
+}
+
+std::string LoadPng(const std::string& path, FILE* f, CZetImage& image) {
+  std::vector<png_bytep> rows;
+  SPngState state;
+  if (ReadPng(f, image, rows, state)) return "";
+  image.Destroy();
+  return "cannot read PNG " + Quote(path) + ": " + state.error;
+}
+
+bool AllFourthBytesZero(const CZetImage& image) {
+  for (int y = 0; y < image.Height(); ++y) {
+    const uint8_t* row = image.Row(y);
+    for (int x = 0; x < image.Width(); ++x)
+      if (row[4 * x + 3] != 0) return false;
+  }
+  return true;
+}
+
+bool WritePng(FILE* f, const CZetImage& image, std::vector<png_bytep>& rows, SPngState& state) {
+  png_structp png = png_create_write_struct(PNG_LIBPNG_VER_STRING, &state, PngError, PngWarning);
+  if (!png) {
+    std::snprintf(state.error, sizeof state.error, "out of memory");
+    return false;
+  }
+  png_infop info = png_create_info_struct(png);
+  if (!info || setjmp(png_jmpbuf(png))) {
+    png_destroy_write_struct(&png, &info);
+    if (!state.error[0]) std::snprintf(state.error, sizeof state.error, "out of memory");
+    return false;
+  }
+  png_init_io(png, f);
+  const int attr = image.Attr();
+  const bool dropFourth = attr == kZetImageColor32 && AllFourthBytesZero(image);
+  const int colour = attr == kZetImageColor32
+                         ? (dropFourth ? PNG_COLOR_TYPE_RGB : PNG_COLOR_TYPE_RGB_ALPHA)
+                         : PNG_COLOR_TYPE_GRAY;
+  png_set_IHDR(png, info, static_cast<png_uint_32>(image.Width()),
+               static_cast<png_uint_32>(image.Height()), attr == kZetImageMono16 ? 16 : 8, colour,
+               PNG_INTERLACE_NONE, PNG_COMPRESSION_TYPE_DEFAULT, PNG_FILTER_TYPE_DEFAULT);
+  png_write_info(png, info);
+  if (attr == kZetImageMono16) png_set_swap(png);
+  if (dropFourth) png_set_filler(png, 0, PNG_FILLER_AFTER);
+  rows.resize(static_cast<size_t>(image.Height()));
+  for (int y = 0; y < image.Height(); ++y) rows[y] = const_cast<png_bytep>(image.Row(y));
+  png_write_image(png, rows.data());
+  png_write_end(png, nullptr);
+  png_destroy_write_struct(&png, &info);
+  return true;
+}
+
+std::string SavePng(const std::string& path, const CZetImage& image) {
+  if (CZetImage::BytesPerPixel(image.Attr()) == 0)
+    return "cannot write " + Quote(path) + ": unknown pixel attribute";
+  CFile f(std::fopen(path.c_str(), "wb"));
+  if (!f) return "cannot create " + Quote(path);
+  std::vector<png_bytep> rows;
+  SPngState state;
+  const bool ok = WritePng(f.get(), image, rows, state);
+  const bool closed = std::fclose(f.release()) == 0;
+  if (ok && closed) return "";
+  std::remove(path.c_str());
+  return "cannot write PNG " + Quote(path) + (ok ? "" : std::string(": ") + state.error);
+}
+
+}  // namespace
+
+std::string LoadImageFile(const std::string& path, CZetImage& image) {
+  image.Destroy();
+  CFile f(std::fopen(path.c_str(), "rb"));
+  if (!f) return "cannot open image " + Quote(path);
+  uint8_t sig[8] = {};
+  const size_t got = std::fread(sig, 1, sizeof sig, f.get());
+  if (got == sizeof sig && png_sig_cmp(sig, 0, sizeof sig) == 0) {
+    std::rewind(f.get());
+    return LoadPng(path, f.get(), image);
+  }
+  if (got >= 2 && sig[0] == 'P' && sig[1] == '5') {
+    std::rewind(f.get());
+    std::vector<uint8_t> data;
+    uint8_t buf[65536];
+    size_t n;
+    while ((n = std::fread(buf, 1, sizeof buf, f.get())) > 0) data.insert(data.end(), buf, buf + n);
+    return LoadPgm(path, data, image);
+  }
+  if (got >= 2 && sig[0] == 'P' && sig[1] >= '1' && sig[1] <= '7')
+    return "unsupported PNM variant P" + std::string(1, static_cast<char>(sig[1])) + " in " +
+           Quote(path) + " (binary PGM, P5, only)";
+  return Quote(path) + " is neither a PGM (P5) nor a PNG image";
+}
+
+std::string SaveImageFile(const std::string& path, const CZetImage& image) {
+  if (!image.IsCreated()) return "cannot write " + Quote(path) + ": the image holds no pixels";
+  const std::string ext = LowerExtension(path);
+  if (ext == ".pgm") return SavePgm(path, image);
+  if (ext == ".png") return SavePng(path, image);
+  return "cannot write " + Quote(path) + ": the name must end in .pgm or .png";
+}
+
+std::string ImageSha256(const CZetImage& image) {
+  unsigned char digest[EVP_MAX_MD_SIZE];
+  unsigned int len = 0;
+  std::unique_ptr<EVP_MD_CTX, decltype(&EVP_MD_CTX_free)> ctx(EVP_MD_CTX_new(), EVP_MD_CTX_free);
+  if (!ctx || EVP_DigestInit_ex(ctx.get(), EVP_sha256(), nullptr) != 1) return "";
+  const size_t rowBytes = static_cast<size_t>(image.Width()) * image.BytesPerPixel();
+  for (int y = 0; y < image.Height() && image.IsCreated(); ++y)
+    if (EVP_DigestUpdate(ctx.get(), image.Row(y), rowBytes) != 1) return "";
+  if (EVP_DigestFinal_ex(ctx.get(), digest, &len) != 1) return "";
+  static const char kHex[] = "0123456789abcdef";
+  std::string hex;
+  for (unsigned i = 0; i < len; ++i) {
+    hex += kHex[digest[i] >> 4];
+    hex += kHex[digest[i] & 15];
+  }
+  return hex;
+}
+
 }  // namespace zet::host

@@ -13,11 +13,13 @@ namespace zet::host {
 // else an error text naming the file.
 std::string LoadImageFile(const std::string& path, CZetImage& image);
 
-// Writes PGM (8-bit grey only) or PNG (8-bit grey, 16-bit grey, 4-byte images as
-// RGBA) by the file's extension. Returns "" on success, else an error text.
+// Writes PGM (8- or 16-bit grey) or PNG (8-bit grey, 16-bit grey, 4-byte images as RGB
+// when every fourth byte is 0, else RGBA) by the file's extension (.pgm, .png).
+// Returns "" on success, else an error text naming the file.
 std::string SaveImageFile(const std::string& path, const CZetImage& image);
 
-// SHA-256 (lower-case hex) of the pixel rows concatenated without row padding.
+// SHA-256 (lower-case hex) of the pixel rows concatenated without row padding, the
+// bytes as held in memory (16-bit pixels little-endian).
 std::string ImageSha256(const CZetImage& image);
 
 }  // namespace zet::host
