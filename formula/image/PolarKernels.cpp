@@ -1,0 +1,324 @@
+// Vector kernels of the polarization instruction, compiled once per instruction set
+// (Highway's foreach_target) and chosen once per process by the processor's
+// capabilities. Each gives the bytes of the scalar definition in PolarScalar.cpp:
+//
+// - Channels and S0 are integer work on 16-bit lanes.
+// - S1, S2 and DoLP divide in single precision (the definition's double division
+//   rounded to single is the same number) and form the final product in double,
+//   where it is exact, before truncating.
+// - AoP and the two hue types estimate the angle with a vector arc tangent. The
+//   estimate is within 2.5e-5 of the definition's value before truncation (the
+//   worst case over the whole domain on every target), so a lane whose estimate
+//   lies within kNearInteger (ten times that) of an integer is recomputed by the
+//   definition, about one lane in 2000; all other lanes truncate to the same byte.
+//   The exhaustive test over every reachable (S1, S2, sum) checks this.
+// - HSV to RGB repeats the definition's single-precision operations in the same
+//   order (the build turns off fused multiply-add contraction), selecting the sector
+//   formulas with masks.
+// Every kernel ends with a scalar tail over the last columns, using the definition.
+#undef HWY_TARGET_INCLUDE
+#define HWY_TARGET_INCLUDE "image/PolarKernels.cpp"
+#include <hwy/foreach_target.h>  // IWYU pragma: keep
+
+#include <hwy/contrib/math/math-inl.h>
+#include <hwy/highway.h>
+
+#include "image/PolarKernels.h"
+
+HWY_BEFORE_NAMESPACE();
+namespace zet::polar {
+namespace HWY_NAMESPACE {
+namespace hn = hwy::HWY_NAMESPACE;
+
+#if HWY_TARGET == HWY_SCALAR
+
+// Without vectors the definition is the kernel.
+void RowImpl(int type, const uint8_t* row0, const uint8_t* row1, uint8_t* dst, int cols,
+             float k) {
+  ScalarRow(type, row0, row1, dst, cols, k);
+  if (IsColourType(type))
+    for (int c = 0; c < cols; ++c) HsvToRgbPixel(dst + 4 * c);
+}
+
+void HsvRowImpl(uint8_t* px, int width) {
+  for (int x = 0; x < width; ++x) HsvToRgbPixel(px + 4 * x);
+}
+
+#else
+
+using D32 = hn::ScalableTag<int32_t>;
+using DF = hn::Rebind<float, D32>;
+using V32 = hn::Vec<D32>;
+using VF = hn::Vec<DF>;
+
+// Lanes of an estimate closer than this to an integer are recomputed exactly.
+constexpr float kNearInteger = 1.0f / 4096;
+
+// The derived integers of N super-pixels from column c on.
+struct SBlocks {
+  V32 sum, s1, s2;
+};
+
+HWY_INLINE SBlocks LoadBlocks(const uint8_t* row0, const uint8_t* row1, int c) {
+  const D32 d;
+  const hn::Rebind<uint16_t, D32> d16;
+  // Little-endian 16-bit lanes: the left pixel of a block is the low byte.
+  const V32 w0 = hn::PromoteTo(d, hn::LoadU(d16, reinterpret_cast<const uint16_t*>(row0 + 2 * c)));
+  const V32 w1 = hn::PromoteTo(d, hn::LoadU(d16, reinterpret_cast<const uint16_t*>(row1 + 2 * c)));
+  const V32 lo = hn::Set(d, 0xFF);
+  const V32 p90 = hn::And(w0, lo), p45 = hn::ShiftRight<8>(w0);
+  const V32 p135 = hn::And(w1, lo), p0 = hn::ShiftRight<8>(w1);
+  return {hn::Add(hn::Add(p90, p45), hn::Add(p135, p0)), hn::Sub(p0, p90), hn::Sub(p45, p135)};
+}
+
+HWY_INLINE void StoreLow8(V32 v, uint8_t* dst) {
+  const D32 d;
+  const hn::Rebind<uint8_t, D32> d8;
+  hn::StoreU(hn::DemoteTo(d8, hn::And(v, hn::Set(d, 0xFF))), d8, dst);
+}
+
+// trunc(double(q) * c) per lane; the product of a single and a small constant is exact
+// in double.
+HWY_INLINE V32 TruncTimes(VF q, double c) {
+  const DF df;
+  const hn::Half<DF> dh;
+  const hn::Rebind<double, decltype(dh)> dd;
+  const hn::Rebind<int32_t, decltype(dd)> di;
+  const auto cc = hn::Set(dd, c);
+  const auto lo = hn::DemoteTo(di, hn::Mul(hn::PromoteTo(dd, hn::LowerHalf(dh, q)), cc));
+  const auto hi = hn::DemoteTo(di, hn::Mul(hn::PromoteTo(dd, hn::UpperHalf(dh, q)), cc));
+  return hn::Combine(D32(), hi, lo);
+}
+
+// The S0h divisor: S0h, or 1 when it is 0.
+HWY_INLINE VF Divisor(V32 sum) {
+  return hn::ConvertTo(DF(), hn::Max(hn::ShiftRight<1>(sum), hn::Set(D32(), 1)));
+}
+
+HWY_INLINE V32 StokesRatio(V32 s, V32 sum) {
+  const DF df;
+  const VF q = hn::Div(hn::ConvertTo(df, hn::Add(s, hn::Set(D32(), 255))), Divisor(sum));
+  return TruncTimes(q, 255.0);
+}
+
+HWY_INLINE V32 Dolp(const SBlocks& b, float k) {
+  const DF df;
+  const VF f1 = hn::ConvertTo(df, b.s1), f2 = hn::ConvertTo(df, b.s2);
+  // S1^2 + S2^2 <= 130050 is exact in single precision.
+  const VF m = hn::Sqrt(hn::Add(hn::Mul(f1, f1), hn::Mul(f2, f2)));
+  return TruncTimes(hn::Div(m, Divisor(b.sum)), static_cast<double>(k));
+}
+
+// The AoP byte. The estimate takes the angle of (S1, S2) directly: dividing both by
+// the same S0h moves it by far less than the margin.
+HWY_INLINE V32 Hue(const SBlocks& b) {
+  const D32 d;
+  const DF df;
+  const VF x = hn::ConvertTo(df, b.s1), y = hn::ConvertTo(df, b.s2);
+  const VF ax = hn::Abs(x), ay = hn::Abs(y);
+  // Integers: the larger magnitude is at least 1 unless both are 0 (handled below).
+  const VF ratio = hn::Div(hn::Min(ax, ay), hn::Max(hn::Max(ax, ay), hn::Set(df, 1.0f)));
+  VF t = hn::Atan(df, ratio);
+  t = hn::IfThenElse(hn::Gt(ay, ax), hn::Sub(hn::Set(df, 1.57079632679f), t), t);
+  t = hn::IfThenElse(hn::Lt(x, hn::Zero(df)), hn::Sub(hn::Set(df, 3.14159265359f), t), t);
+  t = hn::IfThenElse(hn::Lt(y, hn::Zero(df)), hn::Neg(t), t);
+  // (t / 2 + pi / 2) / pi * 255
+  const VF v = hn::Add(hn::Mul(t, hn::Set(df, 40.5845104884f)), hn::Set(df, 127.5f));
+  V32 hue = hn::ConvertTo(d, v);
+  // S2 = 0: the angle is exactly 0 (127) or, for S1 < 0, single(pi) (255, just above
+  // a boundary).
+  const auto onAxis = hn::Eq(b.s2, hn::Zero(d));
+  hue = hn::IfThenElse(onAxis,
+                       hn::IfThenElse(hn::Lt(b.s1, hn::Zero(d)), hn::Set(d, 255), hn::Set(d, 127)),
+                       hue);
+  const auto near = hn::AndNot(hn::RebindMask(df, onAxis),
+                               hn::Lt(hn::Abs(hn::Sub(v, hn::Round(v))), hn::Set(df, kNearInteger)));
+  if (HWY_UNLIKELY(!hn::AllFalse(df, near))) {
+    constexpr size_t kMax = HWY_MAX_BYTES / sizeof(int32_t);
+    alignas(HWY_MAX_BYTES) int32_t h[kMax], s1[kMax], s2[kMax], sum[kMax], redo[kMax];
+    hn::Store(hue, d, h);
+    hn::Store(b.s1, d, s1);
+    hn::Store(b.s2, d, s2);
+    hn::Store(b.sum, d, sum);
+    hn::Store(hn::VecFromMask(d, hn::RebindMask(d, near)), d, redo);
+    for (size_t i = 0; i < hn::Lanes(d); ++i)
+      if (redo[i]) h[i] = AopPixel(s1[i], s2[i], sum[i] / 2);
+    hue = hn::Load(d, h);
+  }
+  return hue;
+}
+
+// HSV to RGB of byte lanes; returns R | G << 8 | B << 16.
+HWY_INLINE V32 HsvToRgbLanes(V32 hue, V32 sat, V32 val) {
+  const D32 d;
+  const DF df;
+  const V32 hz = hn::IfThenZeroElse(hn::Eq(hue, hn::Set(d, 255)), hue);
+  const VF h = hn::Mul(hn::Mul(hn::ConvertTo(df, hz), hn::Set(df, 0.016666668f)),
+                       hn::Set(df, 1.4117647f));
+  const V32 i = hn::ConvertTo(d, h);
+  const VF f = hn::Sub(h, hn::ConvertTo(df, i));
+  const VF v = hn::ConvertTo(df, val);
+  const VF sv = hn::Mul(hn::Mul(hn::ConvertTo(df, sat), hn::Set(df, 0.003921569f)), v);
+  const VF p = hn::Sub(v, sv);
+  const VF fsv = hn::Mul(f, sv);
+  const VF q = hn::Sub(v, fsv);
+  const VF t = hn::Add(p, fsv);
+  auto is = [&](int k) { return hn::RebindMask(df, hn::Eq(i, hn::Set(d, k))); };
+  const auto m0 = is(0), m1 = is(1), m2 = is(2), m3 = is(3), m4 = is(4);
+  // Sectors 0..5: R = V q p p t V, G = t V V q p p, B = p p t V V q.
+  VF r = hn::IfThenElse(m1, q, hn::IfThenElse(hn::Or(m2, m3), p, hn::IfThenElse(m4, t, v)));
+  VF g = hn::IfThenElse(m0, t, hn::IfThenElse(hn::Or(m1, m2), v, hn::IfThenElse(m3, q, p)));
+  VF bl = hn::IfThenElse(hn::Or(m0, m1), p,
+                         hn::IfThenElse(m2, t, hn::IfThenElse(hn::Or(m3, m4), v, q)));
+  const auto grey = hn::RebindMask(df, hn::Eq(sat, hn::Zero(d)));
+  r = hn::IfThenElse(grey, v, r);
+  g = hn::IfThenElse(grey, v, g);
+  bl = hn::IfThenElse(grey, v, bl);
+  const V32 zero = hn::Zero(d), top = hn::Set(d, 255);
+  auto byte = [&](VF x) { return hn::Min(hn::Max(hn::NearestInt(x), zero), top); };
+  return hn::Or(byte(r), hn::Or(hn::ShiftLeft<8>(byte(g)), hn::ShiftLeft<16>(byte(bl))));
+}
+
+// One channel pixel per block: the left pixel of `row`.
+void ChannelRow(const uint8_t* row, uint8_t* dst, int cols) {
+  const hn::ScalableTag<uint16_t> d16;
+  const hn::RebindToSigned<decltype(d16)> di16;
+  const hn::Rebind<uint8_t, decltype(d16)> d8;
+  const int n = static_cast<int>(hn::Lanes(d16));
+  const auto lo = hn::Set(d16, 0xFF);
+  int c = 0;
+  for (; c + n <= cols; c += n) {
+    const auto w = hn::LoadU(d16, reinterpret_cast<const uint16_t*>(row + 2 * c));
+    hn::StoreU(hn::DemoteTo(d8, hn::BitCast(di16, hn::And(w, lo))), d8, dst + c);
+  }
+  for (; c < cols; ++c) dst[c] = row[2 * c];
+}
+
+void StokesS0Row(const uint8_t* row0, const uint8_t* row1, uint8_t* dst, int cols) {
+  const hn::ScalableTag<uint16_t> d16;
+  const hn::RebindToSigned<decltype(d16)> di16;
+  const hn::Rebind<uint8_t, decltype(d16)> d8;
+  const int n = static_cast<int>(hn::Lanes(d16));
+  const auto lo = hn::Set(d16, 0xFF);
+  int c = 0;
+  for (; c + n <= cols; c += n) {
+    const auto a = hn::LoadU(d16, reinterpret_cast<const uint16_t*>(row0 + 2 * c));
+    const auto b = hn::LoadU(d16, reinterpret_cast<const uint16_t*>(row1 + 2 * c));
+    const auto sum = hn::Add(hn::Add(hn::And(a, lo), hn::ShiftRight<8>(a)),
+                             hn::Add(hn::And(b, lo), hn::ShiftRight<8>(b)));
+    hn::StoreU(hn::DemoteTo(d8, hn::BitCast(di16, hn::ShiftRight<2>(sum))), d8, dst + c);
+  }
+  if (c < cols) ScalarRow(kTypeS0, row0 + 2 * c, row1 + 2 * c, dst + c, cols - c, 0.0f);
+}
+
+// The loop over one row of a type computed on 32-bit lanes: `lanes(blocks)` gives
+// the output bytes, `tail` finishes the last columns with the definition.
+template <class Lanes>
+HWY_INLINE void BlockRow(int type, const uint8_t* row0, const uint8_t* row1, uint8_t* dst,
+                         int cols, float k, Lanes lanes) {
+  const int n = static_cast<int>(hn::Lanes(D32()));
+  int c = 0;
+  for (; c + n <= cols; c += n) StoreLow8(lanes(LoadBlocks(row0, row1, c)), dst + c);
+  if (c < cols) ScalarRow(type, row0 + 2 * c, row1 + 2 * c, dst + c, cols - c, k);
+}
+
+void ColourRow(int type, const uint8_t* row0, const uint8_t* row1, uint8_t* dst, int cols) {
+  const D32 d;
+  const int n = static_cast<int>(hn::Lanes(d));
+  const V32 full = hn::Set(d, 255);
+  int c = 0;
+  for (; c + n <= cols; c += n) {
+    const SBlocks b = LoadBlocks(row0, row1, c);
+    // Type 10's value is trunc(S0h / 2) = sum / 4.
+    const V32 val = type == kTypeHue ? full : hn::ShiftRight<2>(b.sum);
+    hn::StoreU(HsvToRgbLanes(Hue(b), full, val), d, reinterpret_cast<int32_t*>(dst + 4 * c));
+  }
+  if (c < cols) {
+    ScalarRow(type, row0 + 2 * c, row1 + 2 * c, dst + 4 * c, cols - c, 0.0f);
+    for (; c < cols; ++c) HsvToRgbPixel(dst + 4 * c);
+  }
+}
+
+void RowImpl(int type, const uint8_t* row0, const uint8_t* row1, uint8_t* dst, int cols,
+             float k) {
+  switch (type) {
+    case kTypeI0:
+    case kTypeI135: ChannelRow(row1, dst, cols); break;
+    case kTypeI45:
+    case kTypeI90: ChannelRow(row0, dst, cols); break;
+    case kTypeS0: StokesS0Row(row0, row1, dst, cols); break;
+    case kTypeDolp:
+      BlockRow(type, row0, row1, dst, cols, k, [k](const SBlocks& b) { return Dolp(b, k); });
+      break;
+    case kTypeAop:
+      BlockRow(type, row0, row1, dst, cols, k, [](const SBlocks& b) { return Hue(b); });
+      break;
+    case kTypeS1:
+      BlockRow(type, row0, row1, dst, cols, k,
+               [](const SBlocks& b) { return StokesRatio(b.s1, b.sum); });
+      break;
+    case kTypeS2:
+      BlockRow(type, row0, row1, dst, cols, k,
+               [](const SBlocks& b) { return StokesRatio(b.s2, b.sum); });
+      break;
+    case kTypeHue:
+    case kTypeHueValue: ColourRow(type, row0, row1, dst, cols); break;
+    default: break;
+  }
+}
+
+void HsvRowImpl(uint8_t* px, int width) {
+  const D32 d;
+  const int n = static_cast<int>(hn::Lanes(d));
+  const V32 lo = hn::Set(d, 0xFF);
+  const V32 fourth = hn::Set(d, static_cast<int32_t>(0xFF000000u));
+  int x = 0;
+  for (; x + n <= width; x += n) {
+    int32_t* p = reinterpret_cast<int32_t*>(px + 4 * x);
+    const V32 w = hn::LoadU(d, p);
+    const V32 rgb = HsvToRgbLanes(hn::And(w, lo), hn::And(hn::ShiftRight<8>(w), lo),
+                                  hn::And(hn::ShiftRight<16>(w), lo));
+    hn::StoreU(hn::Or(rgb, hn::And(w, fourth)), d, p);
+  }
+  for (; x < width; ++x) HsvToRgbPixel(px + 4 * x);
+}
+
+#endif  // HWY_TARGET == HWY_SCALAR
+
+}  // namespace HWY_NAMESPACE
+}  // namespace zet::polar
+HWY_AFTER_NAMESPACE();
+
+#if HWY_ONCE
+namespace zet::polar {
+
+HWY_EXPORT(RowImpl);
+HWY_EXPORT(HsvRowImpl);
+
+void FastProcess(int type, const SPolarFrame& f) {
+  if (type < kTypeI0 || type > kTypeHueValue) return;
+  const float k = type == kTypeDolp ? DolpFactor() : 0.0f;
+  auto row = [&](int r) {
+    HWY_DYNAMIC_DISPATCH(RowImpl)(type, f.src + 2 * r * f.srcPitch,
+                                  f.src + (2 * r + 1) * f.srcPitch, f.dst + r * f.dstPitch,
+                                  f.cols, k);
+  };
+  if (IsColourType(type)) {
+    // Hue and colour in one pass; rows in parallel as the HSV-to-RGB step runs them.
+#pragma omp parallel for schedule(static) if (static_cast<long>(f.cols) * f.rows > kParallelPixels)
+    for (int r = 0; r < f.rows; ++r) row(r);
+  } else {
+    for (int r = 0; r < f.rows; ++r) row(r);
+  }
+}
+
+int FastHsvToRgb(uint8_t* pixels, long pitch, int width, int height) {
+  if (!pixels) return kHsvNullImage;
+  if (width <= 0 || height <= 0) return kHsvBadSize;
+#pragma omp parallel for schedule(static) if (static_cast<long>(width) * height > kParallelPixels)
+  for (int y = 0; y < height; ++y) HWY_DYNAMIC_DISPATCH(HsvRowImpl)(pixels + y * pitch, width);
+  return kHsvOk;
+}
+
+}  // namespace zet::polar
+#endif  // HWY_ONCE
