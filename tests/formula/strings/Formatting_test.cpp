@@ -21,26 +21,6 @@ TEST(Formatting, DescriptionsCarryTheSingleByteApostrophe) {
   }
 }
 
-TEST(Formatting, NumToStringParameters) {
-  const SInstrInfo& info = InfoOf("_Zet_String_CNumberToString_");
-  EXPECT_STREQ(info.category, "Numeric");
-  EXPECT_STREQ(InfoOf("_Zet_Number_CStringToNumber_").category, "Numeric");
-  ASSERT_EQ(info.params.size(), 4u);
-  const int types[] = {kTypeBool, kTypeInt, kTypeChoice, kTypeInt};
-  const int mins[] = {0, 1, 0, 0}, maxs[] = {0, 1000, 2, 1000};
-  for (int i = 0; i < 4; ++i) {
-    SCOPED_TRACE(info.params[i].name);
-    EXPECT_STREQ(info.params[i].group, "Parameters");
-    EXPECT_EQ(info.params[i].type, types[i]);
-    if (i > 0) {
-      EXPECT_EQ(info.params[i].minimum.AsInt(), mins[i]);
-      EXPECT_EQ(info.params[i].maximum.AsInt(), maxs[i]);
-    }
-  }
-  EXPECT_EQ(info.params[2].choices.at(1), "Pad with '0'");
-  EXPECT_EQ(info.params[2].choices.at(2), "Pad with ' '");
-}
-
 TEST(Formatting, PrintfNum) {
   const struct {
     const char* fmt;
@@ -52,7 +32,6 @@ TEST(Formatting, PrintfNum) {
       {"T=%.3e s", 12345.678, "T=1.235e+04 s"},
       {"%g|%G", 1e-10, "1e-10|0"},  // the second conversion has no number left
       {"%5.1f%%", 99.44, " 99.4%"},
-      {"%f", kNaN, "nan"},
       // Nothing reads an argument that is not the number.
       {"%s|%n|%p", 1, "%s|%n|%p"},
       {"%d|%x|%c", 65.9, "65|0|"},  // %x and %c get 0.0: the number is used up
