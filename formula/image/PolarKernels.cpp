@@ -3,27 +3,28 @@
 // capabilities. Each gives the bytes of the scalar definition in PolarScalar.cpp:
 //
 // - Channels and S0 are integer work on 16-bit lanes.
-// - S1, S2 and DoLP divide in single precision (the definition's double division
-//   rounded to single is the same number) and form the final product in double,
-//   where it is exact, before truncating.
-// - AoP and the two hue types estimate the angle with a vector arc tangent. The
-//   estimate is within 2.5e-5 of the definition's value before truncation (the
-//   worst case over the whole domain on every target), so a lane whose estimate
-//   lies within kNearInteger (ten times that) of an integer is recomputed by the
-//   definition, about one lane in 2000; all other lanes truncate to the same byte.
-//   The exhaustive test over every reachable (S1, S2, sum) checks this.
-// - HSV to RGB repeats the definition's single-precision operations in the same
-//   order (the build turns off fused multiply-add contraction), selecting the sector
-//   formulas with masks.
+// - S1, S2 and DoLP divide and take the square root in single precision (the
+//   definition's double operation rounded to single is the same number: double has
+//   more than twice the bits), then truncate the product by 255 or 127 exactly in
+//   single precision (TruncTimesPow2Minus1).
+// - AoP takes its byte from a table over (S1, S2) built from the exact angle
+//   (PolarTables.h); the few entries within a hair of a truncation boundary are
+//   marked, and their blocks are recomputed by the definition.
+// - The two hue types look the AoP byte up the same way and the colour of (hue, 255,
+//   value) in a second table built by the definition's HSV-to-RGB step.
+// - The stand-alone HSV-to-RGB conversion repeats the definition's single-precision
+//   operations in the same order (the build turns off fused multiply-add
+//   contraction), selecting the sector formulas with masks.
 // Every kernel ends with a scalar tail over the last columns, using the definition.
+// The exhaustive test checks every reachable (S1, S2, sum) and every (H, S, V).
 #undef HWY_TARGET_INCLUDE
 #define HWY_TARGET_INCLUDE "image/PolarKernels.cpp"
 #include <hwy/foreach_target.h>  // IWYU pragma: keep
 
-#include <hwy/contrib/math/math-inl.h>
 #include <hwy/highway.h>
 
 #include "image/PolarKernels.h"
+#include "image/PolarTables.h"
 
 HWY_BEFORE_NAMESPACE();
 namespace zet::polar {
@@ -34,8 +35,8 @@ namespace hn = hwy::HWY_NAMESPACE;
 
 // Without vectors the definition is the kernel.
 void RowImpl(int type, const uint8_t* row0, const uint8_t* row1, uint8_t* dst, int cols,
-             float k) {
-  ScalarRow(type, row0, row1, dst, cols, k);
+             const SRowArgs* args) {
+  ScalarRow(type, row0, row1, dst, cols, args->dolpFactor);
   if (IsColourType(type))
     for (int c = 0; c < cols; ++c) HsvToRgbPixel(dst + 4 * c);
 }
@@ -50,9 +51,6 @@ using D32 = hn::ScalableTag<int32_t>;
 using DF = hn::Rebind<float, D32>;
 using V32 = hn::Vec<D32>;
 using VF = hn::Vec<DF>;
-
-// Lanes of an estimate closer than this to an integer are recomputed exactly.
-constexpr float kNearInteger = 1.0f / 4096;
 
 // The derived integers of N super-pixels from column c on.
 struct SBlocks {
@@ -71,16 +69,16 @@ HWY_INLINE SBlocks LoadBlocks(const uint8_t* row0, const uint8_t* row1, int c) {
   return {hn::Add(hn::Add(p90, p45), hn::Add(p135, p0)), hn::Sub(p0, p90), hn::Sub(p45, p135)};
 }
 
+// Stores the low byte of each lane (the results wrap, they are not clamped).
 HWY_INLINE void StoreLow8(V32 v, uint8_t* dst) {
-  const D32 d;
+  const hn::Rebind<uint32_t, D32> du;
   const hn::Rebind<uint8_t, D32> d8;
-  hn::StoreU(hn::DemoteTo(d8, hn::And(v, hn::Set(d, 0xFF))), d8, dst);
+  hn::StoreU(hn::TruncateTo(d8, hn::BitCast(du, v)), d8, dst);
 }
 
-// trunc(double(q) * c) per lane; the product of a single and a small constant is exact
-// in double.
+// trunc(double(q) * c) per lane, for c a single-precision value: the product of two
+// singles is exact in double.
 HWY_INLINE V32 TruncTimes(VF q, double c) {
-  const DF df;
   const hn::Half<DF> dh;
   const hn::Rebind<double, decltype(dh)> dd;
   const hn::Rebind<int32_t, decltype(dd)> di;
@@ -90,15 +88,30 @@ HWY_INLINE V32 TruncTimes(VF q, double c) {
   return hn::Combine(D32(), hi, lo);
 }
 
+// The low byte of an integer-valued float in [0, 2^22): adding 1.5 * 2^23 puts the
+// integer in the low mantissa bits, whose low byte it then is.
+HWY_INLINE V32 LowByteOfIntegral(VF t) {
+  return hn::BitCast(D32(), hn::Add(t, hn::Set(DF(), 12582912.0f)));
+}
+
+// trunc(q * (2^j - 1)) for 0 <= q * 2^j < 2^22, exactly, in single precision: the
+// product is q * 2^j - q = p + e, where p is the rounded difference and e its
+// rounding error, which Fast2Sum gives exactly (q * 2^j is at least q). The
+// truncation of p + e is floor(p), less 1 when p is an integer and e < 0.
+template <int kPow2>
+HWY_INLINE V32 TruncTimesPow2Minus1(VF q) {
+  const DF df;
+  const VF a = hn::Mul(q, hn::Set(df, static_cast<float>(kPow2)));  // exact
+  const VF p = hn::Sub(a, q);
+  const VF z = hn::Sub(p, a);                    // exact; e = -q - z
+  const VF whole = hn::Floor(p);
+  const auto below = hn::And(hn::Eq(whole, p), hn::Gt(z, hn::Neg(q)));  // p integral, e < 0
+  return LowByteOfIntegral(hn::Sub(whole, hn::IfThenElseZero(below, hn::Set(df, 1.0f))));
+}
+
 // The S0h divisor: S0h, or 1 when it is 0.
 HWY_INLINE VF Divisor(V32 sum) {
   return hn::ConvertTo(DF(), hn::Max(hn::ShiftRight<1>(sum), hn::Set(D32(), 1)));
-}
-
-HWY_INLINE V32 StokesRatio(V32 s, V32 sum) {
-  const DF df;
-  const VF q = hn::Div(hn::ConvertTo(df, hn::Add(s, hn::Set(D32(), 255))), Divisor(sum));
-  return TruncTimes(q, 255.0);
 }
 
 HWY_INLINE V32 Dolp(const SBlocks& b, float k) {
@@ -106,43 +119,37 @@ HWY_INLINE V32 Dolp(const SBlocks& b, float k) {
   const VF f1 = hn::ConvertTo(df, b.s1), f2 = hn::ConvertTo(df, b.s2);
   // S1^2 + S2^2 <= 130050 is exact in single precision.
   const VF m = hn::Sqrt(hn::Add(hn::Mul(f1, f1), hn::Mul(f2, f2)));
-  return TruncTimes(hn::Div(m, Divisor(b.sum)), static_cast<double>(k));
+  const VF r = hn::Div(m, Divisor(b.sum));
+  // k is 127 (= 2^7 - 1) wherever single precision is IEEE; any other value takes the
+  // general product in double.
+  return k == 127.0f ? TruncTimesPow2Minus1<128>(r) : TruncTimes(r, static_cast<double>(k));
 }
 
-// The AoP byte. The estimate takes the angle of (S1, S2) directly: dividing both by
-// the same S0h moves it by far less than the margin.
-HWY_INLINE V32 Hue(const SBlocks& b) {
-  const D32 d;
+HWY_INLINE V32 StokesRatio(V32 s, V32 sum) {
   const DF df;
-  const VF x = hn::ConvertTo(df, b.s1), y = hn::ConvertTo(df, b.s2);
-  const VF ax = hn::Abs(x), ay = hn::Abs(y);
-  // Integers: the larger magnitude is at least 1 unless both are 0 (handled below).
-  const VF ratio = hn::Div(hn::Min(ax, ay), hn::Max(hn::Max(ax, ay), hn::Set(df, 1.0f)));
-  VF t = hn::Atan(df, ratio);
-  t = hn::IfThenElse(hn::Gt(ay, ax), hn::Sub(hn::Set(df, 1.57079632679f), t), t);
-  t = hn::IfThenElse(hn::Lt(x, hn::Zero(df)), hn::Sub(hn::Set(df, 3.14159265359f), t), t);
-  t = hn::IfThenElse(hn::Lt(y, hn::Zero(df)), hn::Neg(t), t);
-  // (t / 2 + pi / 2) / pi * 255
-  const VF v = hn::Add(hn::Mul(t, hn::Set(df, 40.5845104884f)), hn::Set(df, 127.5f));
-  V32 hue = hn::ConvertTo(d, v);
-  // S2 = 0: the angle is exactly 0 (127) or, for S1 < 0, single(pi) (255, just above
-  // a boundary).
-  const auto onAxis = hn::Eq(b.s2, hn::Zero(d));
-  hue = hn::IfThenElse(onAxis,
-                       hn::IfThenElse(hn::Lt(b.s1, hn::Zero(d)), hn::Set(d, 255), hn::Set(d, 127)),
-                       hue);
-  const auto near = hn::AndNot(hn::RebindMask(df, onAxis),
-                               hn::Lt(hn::Abs(hn::Sub(v, hn::Round(v))), hn::Set(df, kNearInteger)));
-  if (HWY_UNLIKELY(!hn::AllFalse(df, near))) {
+  const VF q = hn::Div(hn::ConvertTo(df, hn::Add(s, hn::Set(D32(), 255))), Divisor(sum));
+  return TruncTimesPow2Minus1<256>(q);
+}
+
+// The AoP byte of each block, from the table of (S1, S2); a block whose entry is
+// the marker is recomputed by the definition.
+HWY_INLINE V32 Hue(const uint8_t* table, const SBlocks& b) {
+  const D32 d;
+  const V32 bias = hn::Set(d, (255 << kPairShift) + 255);
+  const V32 index = hn::Add(hn::ShiftLeft<kPairShift>(b.s1), hn::Add(b.s2, bias));
+  V32 hue = hn::And(hn::GatherOffset(d, reinterpret_cast<const int32_t*>(table), index),
+                    hn::Set(d, 0xFF));
+  const auto redo = hn::AndNot(hn::Eq(b.s2, hn::Zero(d)), hn::Eq(hue, hn::Set(d, kAopRecompute)));
+  if (HWY_UNLIKELY(!hn::AllFalse(d, redo))) {
     constexpr size_t kMax = HWY_MAX_BYTES / sizeof(int32_t);
-    alignas(HWY_MAX_BYTES) int32_t h[kMax], s1[kMax], s2[kMax], sum[kMax], redo[kMax];
+    alignas(HWY_MAX_BYTES) int32_t h[kMax], s1[kMax], s2[kMax], sum[kMax], again[kMax];
     hn::Store(hue, d, h);
     hn::Store(b.s1, d, s1);
     hn::Store(b.s2, d, s2);
     hn::Store(b.sum, d, sum);
-    hn::Store(hn::VecFromMask(d, hn::RebindMask(d, near)), d, redo);
+    hn::Store(hn::VecFromMask(d, redo), d, again);
     for (size_t i = 0; i < hn::Lanes(d); ++i)
-      if (redo[i]) h[i] = AopPixel(s1[i], s2[i], sum[i] / 2);
+      if (again[i]) h[i] = AopPixel(s1[i], s2[i], sum[i] / 2);
     hue = hn::Load(d, h);
   }
   return hue;
@@ -212,7 +219,7 @@ void StokesS0Row(const uint8_t* row0, const uint8_t* row1, uint8_t* dst, int col
 }
 
 // The loop over one row of a type computed on 32-bit lanes: `lanes(blocks)` gives
-// the output bytes, `tail` finishes the last columns with the definition.
+// the output bytes; the definition finishes the last columns.
 template <class Lanes>
 HWY_INLINE void BlockRow(int type, const uint8_t* row0, const uint8_t* row1, uint8_t* dst,
                          int cols, float k, Lanes lanes) {
@@ -222,7 +229,10 @@ HWY_INLINE void BlockRow(int type, const uint8_t* row0, const uint8_t* row1, uin
   if (c < cols) ScalarRow(type, row0 + 2 * c, row1 + 2 * c, dst + c, cols - c, k);
 }
 
-void ColourRow(int type, const uint8_t* row0, const uint8_t* row1, uint8_t* dst, int cols) {
+// Types 9 and 10: the AoP byte as hue at full saturation; the colour comes from the
+// table of (hue, 255, value), and the fourth byte is 0.
+void ColourRow(int type, const uint8_t* row0, const uint8_t* row1, uint8_t* dst, int cols,
+               const SRowArgs& args) {
   const D32 d;
   const int n = static_cast<int>(hn::Lanes(d));
   const V32 full = hn::Set(d, 255);
@@ -231,7 +241,9 @@ void ColourRow(int type, const uint8_t* row0, const uint8_t* row1, uint8_t* dst,
     const SBlocks b = LoadBlocks(row0, row1, c);
     // Type 10's value is trunc(S0h / 2) = sum / 4.
     const V32 val = type == kTypeHue ? full : hn::ShiftRight<2>(b.sum);
-    hn::StoreU(HsvToRgbLanes(Hue(b), full, val), d, reinterpret_cast<int32_t*>(dst + 4 * c));
+    const V32 index = hn::Or(hn::ShiftLeft<8>(val), Hue(args.aop, b));
+    const V32 rgb = hn::GatherIndex(d, args.hueRgb, index);
+    hn::StoreU(rgb, d, reinterpret_cast<int32_t*>(dst + 4 * c));
   }
   if (c < cols) {
     ScalarRow(type, row0 + 2 * c, row1 + 2 * c, dst + 4 * c, cols - c, 0.0f);
@@ -240,7 +252,9 @@ void ColourRow(int type, const uint8_t* row0, const uint8_t* row1, uint8_t* dst,
 }
 
 void RowImpl(int type, const uint8_t* row0, const uint8_t* row1, uint8_t* dst, int cols,
-             float k) {
+             const SRowArgs* args) {
+  const SRowArgs& a = *args;
+  const float k = a.dolpFactor;
   switch (type) {
     case kTypeI0:
     case kTypeI135: ChannelRow(row1, dst, cols); break;
@@ -251,7 +265,7 @@ void RowImpl(int type, const uint8_t* row0, const uint8_t* row1, uint8_t* dst, i
       BlockRow(type, row0, row1, dst, cols, k, [k](const SBlocks& b) { return Dolp(b, k); });
       break;
     case kTypeAop:
-      BlockRow(type, row0, row1, dst, cols, k, [](const SBlocks& b) { return Hue(b); });
+      BlockRow(type, row0, row1, dst, cols, k, [&a](const SBlocks& b) { return Hue(a.aop, b); });
       break;
     case kTypeS1:
       BlockRow(type, row0, row1, dst, cols, k,
@@ -262,7 +276,7 @@ void RowImpl(int type, const uint8_t* row0, const uint8_t* row1, uint8_t* dst, i
                [](const SBlocks& b) { return StokesRatio(b.s2, b.sum); });
       break;
     case kTypeHue:
-    case kTypeHueValue: ColourRow(type, row0, row1, dst, cols); break;
+    case kTypeHueValue: ColourRow(type, row0, row1, dst, cols, a); break;
     default: break;
   }
 }
@@ -297,11 +311,14 @@ HWY_EXPORT(HsvRowImpl);
 
 void FastProcess(int type, const SPolarFrame& f) {
   if (type < kTypeI0 || type > kTypeHueValue) return;
-  const float k = type == kTypeDolp ? DolpFactor() : 0.0f;
+  SRowArgs args;
+  if (type == kTypeDolp) args.dolpFactor = DolpFactor();
+  if (type == kTypeAop || IsColourType(type)) args.aop = AopTable();
+  if (IsColourType(type)) args.hueRgb = HueRgbTable();
   auto row = [&](int r) {
     HWY_DYNAMIC_DISPATCH(RowImpl)(type, f.src + 2 * r * f.srcPitch,
                                   f.src + (2 * r + 1) * f.srcPitch, f.dst + r * f.dstPitch,
-                                  f.cols, k);
+                                  f.cols, &args);
   };
   if (IsColourType(type)) {
     // Hue and colour in one pass; rows in parallel as the HSV-to-RGB step runs them.

@@ -5,6 +5,7 @@
 #include <random>
 
 #include "PolarFrames.h"
+#include "image/PolarTables.h"
 
 namespace zet::test {
 namespace {
@@ -75,6 +76,35 @@ TEST(PolarKernels, LargeColourFramesMatch) {
     EXPECT_EQ(FirstDifference(RunKernel(ScalarProcess, type, raw), RunKernel(FastProcess, type, raw)),
               "");
   }
+}
+
+// The AoP table marks the few (S1, S2) whose angle lies within a hair of a
+// truncation boundary; blocks with those values are recomputed by the definition.
+TEST(PolarKernels, MarkedAnglesTakeTheDefinition) {
+  std::vector<std::pair<int, int>> marked;
+  for (int s1 = -255; s1 <= 255; ++s1)
+    for (int s2 = -255; s2 <= 255; ++s2)
+      if (s2 != 0 && polar::AopTable()[(s1 + 255) << polar::kPairShift | (s2 + 255)] ==
+                         polar::kAopRecompute)
+        marked.emplace_back(s1, s2);
+  ASSERT_GT(marked.size(), 10u);
+  ASSERT_LT(marked.size(), 1000u);
+  // A row pair per marked (S1, S2), its blocks spread over the reachable sums.
+  const int cols = 45;
+  SBuffer raw(2 * cols, 2 * static_cast<int>(marked.size()), 1);
+  for (size_t r = 0; r < marked.size(); ++r) {
+    const auto [s1, s2] = marked[r];
+    const int edge = std::abs(s1) + std::abs(s2), sums = (1020 - 2 * edge) / 2 + 1;
+    for (int c = 0; c < cols; ++c)
+      PutBlock(raw, c, static_cast<int>(r), BlockFor(s1, s2, edge + 2 * (c * 7919 % sums)));
+  }
+  ForEachTarget([&](const char* target) {
+    for (int type : {polar::kTypeAop, polar::kTypeHue, polar::kTypeHueValue}) {
+      SCOPED_TRACE(std::string(target) + " type " + std::to_string(type));
+      EXPECT_EQ(FirstDifference(RunKernel(ScalarProcess, type, raw), RunKernel(FastProcess, type, raw)),
+                "");
+    }
+  });
 }
 
 TEST(PolarKernels, HsvToRgbMatchesAndKeepsTheFourthByte) {
