@@ -10,7 +10,9 @@ cmake -S "$src/examples/embed" -B "$work/embed" -G Ninja -DCMAKE_PREFIX_PATH="$w
 cmake --build "$work/embed" >/dev/null
 PKG_CONFIG_PATH="$work/prefix/lib/pkgconfig" pkg-config --cflags --libs zetformula | grep -q -- -lzetplatform
 test -x "$work/prefix/bin/zet"
-"$work/prefix/bin/zet" list | head -n 1 | grep -q _Zet_Numeric_Set_
+# (into a file: a pipe closed early would end zet with SIGPIPE under pipefail)
+"$work/prefix/bin/zet" list >"$work/list.txt"
+head -n 1 "$work/list.txt" | grep -q _Zet_Numeric_Set_
 out=$(LD_LIBRARY_PATH="$work/prefix/lib" "$work/embed/embed_host")
 echo "$out"
 grep -q "Add -> status 0, sum 6.5" <<<"$out"
