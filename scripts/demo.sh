@@ -8,8 +8,10 @@ bash scripts/deps.sh
 cmake --preset release >/dev/null
 cmake --build --preset release -j "$(nproc)" >/dev/null
 zet=build/release/bin/zet
-echo "== zet list (first lines of $($zet list | wc -l)) =="
-$zet list | head -n 8
+# The list is taken whole first: head closing a pipe early would end zet with SIGPIPE.
+list=$($zet list)
+echo "== zet list (first lines of $(wc -l <<<"$list")) =="
+head -n 8 <<<"$list"
 echo
 echo "== zet describe PrintfNumInf =="
 $zet describe PrintfNumInf || true
