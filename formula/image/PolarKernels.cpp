@@ -10,8 +10,9 @@
 // - AoP takes its byte from a table over (S1, S2) built from the exact angle
 //   (PolarTables.h); the few entries within a hair of a truncation boundary are
 //   marked, and their blocks are recomputed by the definition.
-// - The two hue types look the AoP byte up the same way and the colour of (hue, 255,
-//   value) in a second table built by the definition's HSV-to-RGB step.
+// - Type 9 looks its colour up in a table over (S1, S2) of the AoP byte's colour at
+//   full saturation and value; type 10 looks the AoP byte up, then the colour of
+//   (hue, 255, value) in a table built by the definition's HSV-to-RGB step.
 // - The stand-alone HSV-to-RGB conversion repeats the definition's single-precision
 //   operations in the same order (the build turns off fused multiply-add
 //   contraction), selecting the sector formulas with masks.
@@ -131,28 +132,38 @@ HWY_INLINE V32 StokesRatio(V32 s, V32 sum) {
   return TruncTimesPow2Minus1<256>(q);
 }
 
+// The index of each block's (S1, S2) entry in the pair tables.
+HWY_INLINE V32 PairIndex(const SBlocks& b) {
+  const D32 d;
+  const V32 bias = hn::Set(d, (255 << kPairShift) + 255);
+  return hn::Add(hn::ShiftLeft<kPairShift>(b.s1), hn::Add(b.s2, bias));
+}
+
+// Lanes of `got` where `redo` is set are replaced by fix(s1, s2, s0h) of the block.
+template <class Fix>
+HWY_NOINLINE V32 Redo(V32 got, hn::Mask<D32> redo, const SBlocks& b, Fix fix) {
+  const D32 d;
+  constexpr size_t kMax = HWY_MAX_BYTES / sizeof(int32_t);
+  alignas(HWY_MAX_BYTES) int32_t h[kMax], s1[kMax], s2[kMax], sum[kMax], again[kMax];
+  hn::Store(got, d, h);
+  hn::Store(b.s1, d, s1);
+  hn::Store(b.s2, d, s2);
+  hn::Store(b.sum, d, sum);
+  hn::Store(hn::VecFromMask(d, redo), d, again);
+  for (size_t i = 0; i < hn::Lanes(d); ++i)
+    if (again[i]) h[i] = fix(s1[i], s2[i], sum[i] / 2);
+  return hn::Load(d, h);
+}
+
 // The AoP byte of each block, from the table of (S1, S2); a block whose entry is
 // the marker is recomputed by the definition.
 HWY_INLINE V32 Hue(const uint8_t* table, const SBlocks& b) {
   const D32 d;
-  const V32 bias = hn::Set(d, (255 << kPairShift) + 255);
-  const V32 index = hn::Add(hn::ShiftLeft<kPairShift>(b.s1), hn::Add(b.s2, bias));
-  V32 hue = hn::And(hn::GatherOffset(d, reinterpret_cast<const int32_t*>(table), index),
-                    hn::Set(d, 0xFF));
+  const V32 hue = hn::And(hn::GatherOffset(d, reinterpret_cast<const int32_t*>(table), PairIndex(b)),
+                          hn::Set(d, 0xFF));
   const auto redo = hn::AndNot(hn::Eq(b.s2, hn::Zero(d)), hn::Eq(hue, hn::Set(d, kAopRecompute)));
-  if (HWY_UNLIKELY(!hn::AllFalse(d, redo))) {
-    constexpr size_t kMax = HWY_MAX_BYTES / sizeof(int32_t);
-    alignas(HWY_MAX_BYTES) int32_t h[kMax], s1[kMax], s2[kMax], sum[kMax], again[kMax];
-    hn::Store(hue, d, h);
-    hn::Store(b.s1, d, s1);
-    hn::Store(b.s2, d, s2);
-    hn::Store(b.sum, d, sum);
-    hn::Store(hn::VecFromMask(d, redo), d, again);
-    for (size_t i = 0; i < hn::Lanes(d); ++i)
-      if (again[i]) h[i] = AopPixel(s1[i], s2[i], sum[i] / 2);
-    hue = hn::Load(d, h);
-  }
-  return hue;
+  if (HWY_LIKELY(hn::AllFalse(d, redo))) return hue;
+  return Redo(hue, redo, b, [](int s1, int s2, int s0h) { return AopPixel(s1, s2, s0h); });
 }
 
 // HSV to RGB of byte lanes; returns R | G << 8 | B << 16.
@@ -229,20 +240,29 @@ HWY_INLINE void BlockRow(int type, const uint8_t* row0, const uint8_t* row1, uin
   if (c < cols) ScalarRow(type, row0 + 2 * c, row1 + 2 * c, dst + c, cols - c, k);
 }
 
-// Types 9 and 10: the AoP byte as hue at full saturation; the colour comes from the
-// table of (hue, 255, value), and the fourth byte is 0.
+// Types 9 and 10: the AoP byte as hue at full saturation, and the fourth byte 0.
+// Type 9's colour (value 255) comes straight from the table over (S1, S2); type
+// 10's from the table of (hue, 255, value).
 void ColourRow(int type, const uint8_t* row0, const uint8_t* row1, uint8_t* dst, int cols,
                const SRowArgs& args) {
   const D32 d;
   const int n = static_cast<int>(hn::Lanes(d));
-  const V32 full = hn::Set(d, 255);
   int c = 0;
   for (; c + n <= cols; c += n) {
     const SBlocks b = LoadBlocks(row0, row1, c);
-    // Type 10's value is trunc(S0h / 2) = sum / 4.
-    const V32 val = type == kTypeHue ? full : hn::ShiftRight<2>(b.sum);
-    const V32 index = hn::Or(hn::ShiftLeft<8>(val), Hue(args.aop, b));
-    const V32 rgb = hn::GatherIndex(d, args.hueRgb, index);
+    V32 rgb;
+    if (type == kTypeHue) {
+      rgb = hn::GatherIndex(d, args.hueColour, PairIndex(b));
+      const auto redo = hn::Lt(rgb, hn::Zero(d));  // the marker
+      if (HWY_UNLIKELY(!hn::AllFalse(d, redo)))
+        rgb = Redo(rgb, redo, b, [&args](int s1, int s2, int s0h) {
+          return args.hueRgb[255 << 8 | AopPixel(s1, s2, s0h)];
+        });
+    } else {
+      // The value is trunc(S0h / 2) = sum / 4.
+      const V32 index = hn::Or(hn::ShiftLeft<8>(hn::ShiftRight<2>(b.sum)), Hue(args.aop, b));
+      rgb = hn::GatherIndex(d, args.hueRgb, index);
+    }
     hn::StoreU(rgb, d, reinterpret_cast<int32_t*>(dst + 4 * c));
   }
   if (c < cols) {
@@ -313,8 +333,9 @@ void FastProcess(int type, const SPolarFrame& f) {
   if (type < kTypeI0 || type > kTypeHueValue) return;
   SRowArgs args;
   if (type == kTypeDolp) args.dolpFactor = DolpFactor();
-  if (type == kTypeAop || IsColourType(type)) args.aop = AopTable();
+  if (type == kTypeAop || type == kTypeHueValue) args.aop = AopTable();
   if (IsColourType(type)) args.hueRgb = HueRgbTable();
+  if (type == kTypeHue) args.hueColour = HueColourTable();
   auto row = [&](int r) {
     HWY_DYNAMIC_DISPATCH(RowImpl)(type, f.src + 2 * r * f.srcPitch,
                                   f.src + (2 * r + 1) * f.srcPitch, f.dst + r * f.dstPitch,

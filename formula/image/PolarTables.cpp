@@ -1,5 +1,5 @@
 // The lookup tables of the polarization vector kernels (see PolarTables.h), filled
-// from the scalar definition. Building all three takes a few milliseconds, once.
+// from the scalar definition. Building them takes a few milliseconds, once.
 #include "image/PolarTables.h"
 
 #include <cmath>
@@ -43,6 +43,21 @@ const int32_t* HueRgbTable() {
         uint8_t px[4] = {static_cast<uint8_t>(h), 255, static_cast<uint8_t>(v), 0};
         HsvToRgbPixel(px);
         t[v << 8 | h] = px[0] | px[1] << 8 | px[2] << 16;
+      }
+    return t;
+  }();
+  return table.data();
+}
+
+const int32_t* HueColourTable() {
+  static const std::vector<int32_t> table = [] {
+    const uint8_t* aop = AopTable();
+    const int32_t* rgb = HueRgbTable();
+    std::vector<int32_t> t(kPairEntries);
+    for (int s1 = -255; s1 <= 255; ++s1)
+      for (int s2 = -255; s2 <= 255; ++s2) {
+        const size_t i = static_cast<size_t>(s1 + 255) << kPairShift | (s2 + 255);
+        t[i] = aop[i] == kAopRecompute && s2 != 0 ? -1 : rgb[255 << 8 | aop[i]];
       }
     return t;
   }();

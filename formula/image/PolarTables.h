@@ -25,12 +25,17 @@ const uint8_t* AopTable();
 // indexed by V << 8 | H.
 const int32_t* HueRgbTable();
 
+// Type 9: R | G << 8 | B << 16 of (AoP byte, 255, 255) for (S1 + 255, S2 + 255),
+// indexed like the AoP table; negative where the AoP entry is the marker.
+const int32_t* HueColourTable();
+
 // What a row kernel reads besides its pixels: the DoLP factor and the tables of its
 // type (null when the type does not use them).
 struct SRowArgs {
   float dolpFactor = 0.0f;
   const uint8_t* aop = nullptr;
   const int32_t* hueRgb = nullptr;
+  const int32_t* hueColour = nullptr;
 };
 
 }  // namespace zet::polar
