@@ -1,6 +1,6 @@
 // Statistics over repeated number inputs and over one number array: minimum and
 // maximum with the index of the first extreme, mean, variance, sum, and the process
-// capability indices Cp and Cpk against a high and a low specification limit.
+// capability indices Cp and Cpk against a high and a low tolerance limit.
 //
 // Every failure (too few samples) returns kFail at once, with no report and no output
 // written. A spread below kMinVariance is not a failure: the index is kNoSpread.
