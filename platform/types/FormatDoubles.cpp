@@ -173,7 +173,16 @@ class CFormatter {
     *p++ = '%';
     for (int k = 0; k < 6; ++k)
       if (s.flag[k]) *p++ = kFlags[k];
-    if (s.hasWidth) p = std::to_chars(p, spec + sizeof spec, std::min(s.width, kMaxWidth)).ptr;
+    // Past kMaxPrecision a conversion's text grows by one character (a zero) per unit
+    // of precision, except %g without '#', which drops those zeros. The padding is what
+    // the width leaves after the text, so the precision cut off is cut off the width
+    // too; a width then left at zero or below pads nothing.
+    int64_t width = s.width;
+    const bool dropsZeros = (s.conv == 'g' || s.conv == 'G') && !s.flag[3];
+    if (s.hasPrecision && s.precision > kMaxPrecision && !dropsZeros && kind != EKind::kChar)
+      width -= s.precision - kMaxPrecision;
+    if (s.hasWidth && width > 0)
+      p = std::to_chars(p, spec + sizeof spec, std::min(width, kMaxWidth)).ptr;
     if (s.hasPrecision && kind != EKind::kChar) {
       *p++ = '.';
       p = std::to_chars(p, spec + sizeof spec, std::min(s.precision, kMaxPrecision)).ptr;

@@ -18,10 +18,8 @@ const double kInf = std::numeric_limits<double>::infinity();
 const double kNaN = std::numeric_limits<double>::quiet_NaN();
 
 std::string Runtime(const char* fmt, double v) {
-  const int n = std::snprintf(nullptr, 0, fmt, v);
-  std::string s(static_cast<size_t>(n) + 1, '\0');
-  std::snprintf(s.data(), s.size(), fmt, v);
-  s.resize(static_cast<size_t>(n));
+  std::string s(static_cast<size_t>(std::snprintf(nullptr, 0, fmt, v)), '\0');
+  std::snprintf(s.data(), s.size() + 1, fmt, v);  // the terminator lands on s's own
   return s;
 }
 
@@ -30,7 +28,8 @@ std::string Fmt(const char* fmt, std::vector<double> args = {}) {
 }
 
 TEST(FormatDoubles, FloatingConversionsMatchTheRuntime) {
-  const char* flags[] = {"", "-", "+", " ", "#", "0", "-+", "+0", " 0", "#0", "-#", "+ ", "-0", "'"};
+  const char* flags[] = {"",   "-",  "+",  " ",  "#",  "0",  "-+",
+                         "+0", " 0", "#0", "-#", "+ ", "-0", "'"};
   const char* widths[] = {"", "0", "1", "12", "40"};
   const char* precisions[] = {"", ".", ".0", ".1", ".3", ".17", ".60"};
   const char convs[] = "aAeEfFgG";
@@ -51,14 +50,12 @@ TEST(FormatDoubles, FloatingConversionsMatchTheRuntime) {
   EXPECT_EQ(mismatches, 0);
 }
 
-struct SCase {
-  const char* fmt;
-  std::vector<double> args;
-  std::string want;
-};
-
 TEST(FormatDoubles, ArgumentsAndConversions) {
-  const SCase cases[] = {
+  const struct {
+    const char* fmt;
+    std::vector<double> args;
+    std::string want;
+  } cases[] = {
       // Doubles are taken in order; missing ones are 0.0, extra ones ignored.
       {"%g|%.2f|%e", {1.5, 2.0, 3.0}, "1.5|2.00|3.000000e+00"},
       {"%g %g %g", {5}, "5 0 0"},
@@ -85,35 +82,28 @@ TEST(FormatDoubles, ArgumentsAndConversions) {
       // %c: low 8 bits of the truncated value.
       {"%c%c%c", {72, 105.7, 256 + 33}, "Hi!"},
       {"[%-3c][%3c]", {65, 66}, "[A  ][  B]"},
+      {"a%cb", {0}, std::string("a\0b", 3)},
       // Text that takes no double: copied literally.
-      {"%s %f", {1.5}, "%s 1.500000"},
-      {"%5.2s|%p|%n|%m|%b", {1}, "%5.2s|%p|%n|%m|%b"},
-      {"%1$f %g", {2}, "%1$f 2"},
-      {"%I5f", {2}, "%I5f"},
+      {"%s|%5.2s|%p|%n|%m|%b %f", {1.5}, "%s|%5.2s|%p|%n|%m|%b 1.500000"},
+      {"%1$f %I5f %g", {2}, "%1$f %I5f 2"},
       {"%y%", {}, "%y%"},
       {"end %-5", {1}, "end %-5"},
       {"%", {}, "%"},
   };
-  for (const SCase& c : cases) {
+  for (const auto& c : cases) {
     SCOPED_TRACE(c.fmt);
     EXPECT_EQ(Fmt(c.fmt, c.args), c.want);
   }
-}
-
-TEST(FormatDoubles, CharCodeZeroIsAZeroByte) {
-  EXPECT_EQ(Fmt("a%cb", {0}), std::string("a\0b", 3));
-}
-
-TEST(FormatDoubles, NullFormatAndNullArguments) {
+  // No format, no arguments.
   EXPECT_EQ(CStdStr::FormatDoubles(nullptr, nullptr, 3), "");
   EXPECT_EQ(CStdStr::FormatDoubles("%g", nullptr, 3), "0");
   const double one = 1;
   EXPECT_EQ(CStdStr::FormatDoubles("%g %g", &one, -4), "0 0");
 }
 
-// Huge widths and precisions are clamped; the kept text is what the runtime would
-// keep of the full field.
-TEST(FormatDoubles, HugeWidthsAndPrecisionsKeepTheRuntimePrefix) {
+// Output stops at the limit. Huge widths and precisions are clamped; the kept text is
+// what the runtime would keep of the full field.
+TEST(FormatDoubles, OutputStopsAtTheLimit) {
   const struct {
     const char* huge;
     const char* runtime;  // a field long enough to show the same first kLimit bytes
@@ -131,26 +121,28 @@ TEST(FormatDoubles, HugeWidthsAndPrecisionsKeepTheRuntimePrefix) {
       {"%999999999.99999999f", "%200000.100000f", -DBL_MAX},
       {"%-999999999.99999999f", "%-200000.100000f", -DBL_MAX},
       {"x%.2147483648f", "x%.100000f", 0.7},
+      // A width below the value's full length pads nothing, however both are clamped.
+      {"%0999999999.999999999f", "%0100000.100000f", 1.0},
+      {"%#99999999.99999999g", "%#100000.100000g", 2.5},
+      {"%99999999.999999999x", "%100000.100000x", 255},
   };
   for (const auto& c : cases) {
     SCOPED_TRACE(c.huge);
     EXPECT_EQ(Fmt(c.huge, {c.v}), Runtime(c.runtime, c.v).substr(0, kLimit));
   }
-  // %.99999d: zeros up to the limit.
+  // An integer's precision: zeros up to the limit.
   EXPECT_EQ(Fmt("%.99999999d", {5}), std::string(kLimit, '0'));
   // A NaN star width is INT32_MIN: left-justified and clamped.
   const std::string star = Fmt("%*g", {kNaN, 7});
-  ASSERT_EQ(star.size(), kLimit);
+  EXPECT_EQ(star.size(), kLimit);
   EXPECT_EQ(star.substr(0, 2), "7 ");
-}
-
-TEST(FormatDoubles, OutputStopsAtTheLimit) {
+  // Literal text and many conversions stop at the limit too.
   const std::string text(50000, 'x');
   EXPECT_EQ(Fmt(text.c_str()), std::string(kLimit, 'x'));
   std::string many;
   for (int i = 0; i < 10000; ++i) many += "%f";
   const std::string got = Fmt(many.c_str(), {1});
-  ASSERT_EQ(got.size(), kLimit);
+  EXPECT_EQ(got.size(), kLimit);
   EXPECT_EQ(got.substr(0, 16), "1.0000000.000000");
   // Repeated flags count once.
   const std::string flags = "%" + std::string(100000, '-') + "6g|";
