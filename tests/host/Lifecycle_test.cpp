@@ -4,6 +4,9 @@
 #include <dlfcn.h>
 #include <gtest/gtest.h>
 
+#include <cstdio>
+#include <cstring>
+#include <memory>
 #include <set>
 #include <string>
 
@@ -11,35 +14,21 @@
 
 namespace {
 
-struct SModule {
-  SModule() : handle(dlopen(ZET_TEST_PLUGIN, RTLD_NOW | RTLD_LOCAL)) {}
-  ~SModule() {
-    if (handle) dlclose(handle);
-  }
-  IXInstrPluginLib* Get() const {
-    auto get = reinterpret_cast<ZetPluginLibGetFn>(dlsym(handle, ZET_PLUGIN_ENTRY));
-    return get ? get() : nullptr;
-  }
-  void* handle;
-};
-
-TEST(Lifecycle, EntryPointAndLibraryInformation) {
-  SModule m;
-  ASSERT_NE(m.handle, nullptr) << dlerror();
-  IXInstrPluginLib* lib = m.Get();
+// Through dlopen and dlsym alone, as any host: one library object, every class created
+// and destroyed once initialised; TermAll empties the registry, and a second does nothing.
+TEST(Lifecycle, EntryPointInitCreateDestroyTermTwice) {
+  const std::unique_ptr<void, int (*)(void*)> module(dlopen(ZET_TEST_PLUGIN, RTLD_NOW), dlclose);
+  ASSERT_TRUE(module) << dlerror();
+  const auto get = reinterpret_cast<ZetPluginLibGetFn>(dlsym(module.get(), ZET_PLUGIN_ENTRY));
+  ASSERT_NE(get, nullptr);
+  IXInstrPluginLib* lib = get();
   ASSERT_NE(lib, nullptr);
-  EXPECT_EQ(lib, m.Get());  // the same object on every call
+  EXPECT_EQ(lib, get());  // the same object on every call
   EXPECT_EQ(lib->GetLibInfo()->version, 1);
   EXPECT_STREQ(lib->GetLibInfo()->info, "Formula Library\nThis is the very first version of it");
-  EXPECT_GT(lib->GetPluginCount(), 0);
   EXPECT_TRUE(lib->Reserved6(nullptr).IsEmpty());
-}
-
-TEST(Lifecycle, InitCreateDestroyTermTwice) {
-  SModule m;
-  IXInstrPluginLib* lib = m.Get();
-  ASSERT_NE(lib, nullptr);
   const int n = lib->GetPluginCount();
+  ASSERT_GT(n, 0);
   lib->InitAll();
   std::set<int> ids;
   std::set<std::string> idents;
@@ -55,29 +44,23 @@ TEST(Lifecycle, InitCreateDestroyTermTwice) {
     p->Destroy(q);
     p->Destroy(nullptr);
   }
-  IXInstrPlugin* first = lib->GetPlugins()[0];
-  const char* name = first->GetInfo()->name;
-  (void)name;
-  lib->TermAll();
-  EXPECT_EQ(lib->GetPluginCount(), 0);
-  EXPECT_NE(lib->GetPlugins(), nullptr);  // the storage stays
-  lib->TermAll();                         // nothing left to do
-  EXPECT_EQ(lib->GetPluginCount(), 0);
+  for (int term = 0; term < 2; ++term) {
+    lib->TermAll();
+    EXPECT_EQ(lib->GetPluginCount(), 0);
+    EXPECT_NE(lib->GetPlugins(), nullptr);  // the storage stays
+  }
 }
 
+// Every load fills the registry afresh and runs.
 TEST(Lifecycle, HundredLoadUnloadCycles) {
+  const int count = zet::host::CZetPluginModule(ZET_TEST_PLUGIN).Count();
+  ASSERT_GT(count, 0);
   for (int i = 0; i < 100; ++i) {
     zet::host::CZetPluginModule module(ZET_TEST_PLUGIN);
-    ASSERT_GT(module.Count(), 0);
-    if (i % 25 == 0) {
-      zet::host::CZetExecContext ctx;
-      IXInstrPlugin* add = module.At(module.Find("Add"));
-      ctx.Reset(*add->GetInfo(), 2);
-      ctx.Input(0) = 1.0;
-      ctx.Input(1) = 2.0;
-      EXPECT_EQ(ctx.Run(add).status, 0);
-      EXPECT_EQ(ctx.Output(0).AsDouble(), 3.0);
-    }
+    ASSERT_EQ(module.Count(), count);
+    zet::host::CZetJsonSession session(module);
+    const std::string r = session.Handle(R"({"instr": "Add", "inputs": [1, 2]})");
+    ASSERT_EQ(r.rfind(R"({"status":0,"outputs":[3.0])", 0), 0u) << r;
   }
 }
 
@@ -87,21 +70,17 @@ TEST(Lifecycle, LoaderErrors) {
 }
 
 TEST(Lifecycle, OnlyTheEntryPointIsExported) {
-  const std::string cmd = std::string("nm -D --defined-only ") + ZET_TEST_PLUGIN;
-  FILE* p = popen(cmd.c_str(), "r");
+  FILE* p = popen((std::string("nm -D --defined-only ") + ZET_TEST_PLUGIN).c_str(), "r");
   ASSERT_NE(p, nullptr);
-  char line[512];
-  std::vector<std::string> symbols;
-  while (fgets(line, sizeof line, p)) {
-    std::string s(line);
-    const auto sp = s.rfind(' ');
-    symbols.push_back(s.substr(sp + 1, s.size() - sp - 2));
+  int symbols = 0;
+  for (char line[512]; fgets(line, sizeof line, p); ++symbols) {
+    const std::string s(line, std::strcspn(line, "\n"));
+    const std::string name = s.substr(s.rfind(' ') + 1);
+    if (name != "ZetPluginLibGet" && !name.starts_with("__") && name != "_init" && name != "_fini")
+      ADD_FAILURE() << "exported: " << name;
   }
   pclose(p);
-  ASSERT_FALSE(symbols.empty()) << "nm gave nothing";
-  for (const std::string& s : symbols)
-    if (s != "ZetPluginLibGet" && s.rfind("__", 0) != 0 && s != "_init" && s != "_fini")
-      ADD_FAILURE() << "exported: " << s;
+  EXPECT_GT(symbols, 0) << "nm gave nothing";
 }
 
 }  // namespace

@@ -8,38 +8,44 @@
 
 namespace {
 
+// An object assigned `v`, as an instruction assigns its outputs.
+template <typename T>
+CZetObject Of(const T& v) {
+  CZetObject o;
+  o = v;
+  return o;
+}
+
 TEST(ZetObject, ScalarConversionTable) {
   const double kNaN = std::numeric_limits<double>::quiet_NaN();
   struct {
     const char* what;
     CZetObject value;
+    ZET_OBJ_TYPE type;
     double asDouble;
     bool asBool;
     int asInt;
     const char* asText;
   } cases[] = {
-      {"untyped", CZetObject(), 0.0, false, 0, ""},
-      {"true", [] { CZetObject o; o = true; return o; }(), 1.0, true, 1, ""},
-      {"int", [] { CZetObject o; o = -7; return o; }(), -7.0, true, -7, ""},
-      {"number", [] { CZetObject o; o = -2.75; return o; }(), -2.75, true, -2, ""},
-      {"NaN", [kNaN] { CZetObject o; o = kNaN; return o; }(), kNaN, true, INT32_MIN, ""},
-      {"1e10", [] { CZetObject o; o = 1e10; return o; }(), 1e10, true, INT32_MIN, ""},
-      {"text", [] { CZetObject o; o = " 12.5abc"; return o; }(), 12.5, true, 12, " 12.5abc"},
-      {"word", [] { CZetObject o; o = "abc"; return o; }(), 0.0, false, 0, "abc"},
-      {"point", [] { CZetObject o; o = CZetPoint(1, 2); return o; }(), 0.0, false, 0, ""},
-      {"array", CZetObject(ZET_OBJ_NUMBER_ARRAY), 0.0, false, 0, ""},
+      {"untyped", CZetObject(), ZET_OBJ_UNTYPED, 0.0, false, 0, ""},
+      {"true", Of(true), ZET_OBJ_BOOL, 1.0, true, 1, ""},
+      {"int", Of(-7), ZET_OBJ_INT, -7.0, true, -7, ""},
+      {"number", Of(-2.75), ZET_OBJ_DOUBLE, -2.75, true, -2, ""},
+      {"NaN", Of(kNaN), ZET_OBJ_DOUBLE, kNaN, true, INT32_MIN, ""},
+      {"1e10", Of(1e10), ZET_OBJ_DOUBLE, 1e10, true, INT32_MIN, ""},
+      {"text", Of(" 12.5abc"), ZET_OBJ_STRING, 12.5, true, 12, " 12.5abc"},
+      {"word", Of("abc"), ZET_OBJ_STRING, 0.0, false, 0, "abc"},
+      {"point", Of(CZetPoint(1, 2)), ZET_OBJ_POINT, 0.0, false, 0, ""},
+      {"array", CZetObject(ZET_OBJ_NUMBER_ARRAY), ZET_OBJ_NUMBER_ARRAY, 0.0, false, 0, ""},
   };
   for (const auto& c : cases) {
     SCOPED_TRACE(c.what);
-    if (std::isnan(c.asDouble))
-      EXPECT_TRUE(std::isnan(c.value.AsDouble()));
-    else
-      EXPECT_EQ(c.value.AsDouble(), c.asDouble);
+    EXPECT_EQ(c.value.GetType(), c.type);
+    const double d = c.value.AsDouble();
+    EXPECT_TRUE(d == c.asDouble || (std::isnan(d) && std::isnan(c.asDouble))) << d;
     EXPECT_EQ(c.value.AsBool(), c.asBool);
     EXPECT_EQ(c.value.AsInt(), c.asInt);
     EXPECT_STREQ(c.value.AsText(), c.asText);
-    // The conversion operators are the same reads.
-    EXPECT_EQ(static_cast<int>(c.value), c.asInt);
   }
 }
 
@@ -60,44 +66,19 @@ TEST(ZetObject, ProcessorIntConversions) {
   }
 }
 
-TEST(ZetObject, AssignmentRetypesAndClear) {
-  CZetObject o(ZET_OBJ_UNTYPED);
-  o = 0.0;
-  EXPECT_EQ(o.GetType(), ZET_OBJ_DOUBLE);
-  EXPECT_EQ(o.AsDouble(), 0.0);
-  o.Clear();
-  EXPECT_TRUE(o.IsEmpty());
-  o = "x";
-  EXPECT_EQ(o.GetType(), ZET_OBJ_STRING);
-  o = std::string("a\0b", 3);
-  EXPECT_EQ(o.AsString().size(), 3u);
-  EXPECT_STREQ(o.AsText(), "a");
-  o = CZetLine(0.5, 10);
-  EXPECT_EQ(o.GetType(), ZET_OBJ_LINE);
-  EXPECT_EQ(o.Get<CZetLine>()->a, 0.5);
-  EXPECT_EQ(o.Get<CZetLine>()->d, 10.0);
-}
-
 // A reference to a scalar kind converts in place; to another kind the object gets an
 // empty value of that kind (how an untyped output becomes an array).
 TEST(ZetObject, ReferenceConversions) {
-  CZetObject o;
-  o = 7;
+  CZetObject o = Of(7);
   CZetDouble& d = o;
   EXPECT_EQ(static_cast<double>(d), 7.0);
   EXPECT_EQ(o.GetType(), ZET_OBJ_DOUBLE);
   o = "text";
-  CZetNumberVector& v = o;
-  EXPECT_EQ(v.Size(), 0u);
-  EXPECT_EQ(o.GetType(), ZET_OBJ_NUMBER_ARRAY);
-  CZetObject s;
-  s.SetType(ZET_OBJ_NUMBER_ARRAY);
-  EXPECT_EQ(s.Ref<CZetNumberVector>().Size(), 0u);
-  CZetBoolVector& b = s;  // replaces the number array
-  EXPECT_EQ(s.GetType(), ZET_OBJ_BOOL_ARRAY);
+  CZetBoolVector& b = o;
+  EXPECT_EQ(o.GetType(), ZET_OBJ_BOOL_ARRAY);
+  EXPECT_EQ(b.Size(), 0u);
   EXPECT_TRUE(b.PushBack(true));
   EXPECT_TRUE(b[0]);
-  EXPECT_TRUE(b.GetStorage()[0].m_v);
 }
 
 TEST(ZetObject, CopiesAreDeepAndEqualityFollowsValues) {
@@ -112,6 +93,11 @@ TEST(ZetObject, CopiesAreDeepAndEqualityFollowsValues) {
   CZetObject moved = std::move(b);
   EXPECT_TRUE(moved == a);
   EXPECT_TRUE(b.IsEmpty());
+  // Values are held whole: text with zero bytes, both members of a line.
+  EXPECT_EQ(Of(std::string("a\0b", 3)).AsString(), std::string("a\0b", 3));
+  const CZetObject line = Of(CZetLine(0.5, 10));
+  ASSERT_NE(line.Get<CZetLine>(), nullptr);
+  EXPECT_TRUE(*line.Get<CZetLine>() == CZetLine(0.5, 10));
 }
 
 TEST(ZetObject, VectorInsertAndCap) {
@@ -128,11 +114,6 @@ TEST(ZetObject, VectorInsertAndCap) {
   EXPECT_EQ(v.Size(), 4u);
   v.Erase(1, 100);
   EXPECT_EQ(v.Size(), 1u);
-}
-
-TEST(ZetObject, TextForms) {
-  EXPECT_EQ(CZetPoint(1.25, -2).Format(2), "(1.25, -2.00)");
-  EXPECT_EQ(CZetLine(0.5, 10).Format(1), "(0.5, 10.0)");
 }
 
 }  // namespace

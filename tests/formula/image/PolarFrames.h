@@ -54,14 +54,7 @@ inline void PutBlock(SBuffer& frame, int col, int row, const std::array<uint8_t,
 inline SBuffer RunKernel(void (*process)(int, const polar::SPolarFrame&), int type,
                          const SBuffer& raw) {
   SBuffer out(raw.width / 2, raw.height / 2, polar::IsColourType(type) ? 4 : 1, 0xA5);
-  polar::SPolarFrame f;
-  f.src = raw.bytes.data();
-  f.srcPitch = raw.pitch;
-  f.dst = out.bytes.data();
-  f.dstPitch = out.pitch;
-  f.cols = out.width;
-  f.rows = out.height;
-  process(type, f);
+  process(type, {raw.bytes.data(), raw.pitch, out.bytes.data(), out.pitch, out.width, out.height});
   return out;
 }
 
@@ -82,6 +75,12 @@ inline std::string FirstDifference(const SBuffer& want, const SBuffer& got) {
         return "row " + std::to_string(y) + " byte " + std::to_string(i) + ": want " +
                std::to_string(want.Row(y)[i]) + ", got " + std::to_string(got.Row(y)[i]);
   return "";
+}
+
+// The first difference of the vector kernels from the definition for `type` over `raw`.
+inline std::string FastVsScalar(int type, const SBuffer& raw) {
+  return FirstDifference(RunKernel(polar::ScalarProcess, type, raw),
+                         RunKernel(polar::FastProcess, type, raw));
 }
 
 }  // namespace zet::test
