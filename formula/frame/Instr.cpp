@@ -21,9 +21,9 @@ CDescriber::CDescriber(SInstrInfo& info) : m_info(info) {
 CDescriber::~CDescriber() {
   if (m_info.kind == 0) {
     if (m_info.kindWords[0] == 0 && m_info.kindWords[1] == 0)
-      m_info.kind = 17;
+      m_info.kind = kKindPlain;
     else
-      m_info.kind = m_info.outputs.empty() ? 18 : 19;
+      m_info.kind = m_info.outputs.empty() ? kKindWordsNoOutputs : kKindWordsWithOutputs;
   }
 }
 

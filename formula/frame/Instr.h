@@ -99,30 +99,56 @@ class TInstr : public IXInstrPlugin {
   static inline SInstrInfo s_info;
 };
 
+// The empty value of a kind: what an input of another kind reads as.
+template <class T>
+const T& EmptyValue() {
+  static const T kEmpty;
+  return kEmpty;
+}
+
 // The argument view of one Execute. Inputs, outputs and parameters are fetched from
-// the context once; reads follow the value conversions of CZetObject.
+// the context once.
+//
+// Reading never changes an input: scalar reads follow the conversion table of
+// CZetObject, and a typed read (Get<T>, Point, Line) of a value of another kind gives
+// the empty value of the declared kind (an empty array, the point (0, 0)), leaving the
+// host's value as it was. Outputs are written through Out(i), or through OutRef<T>(i),
+// which gives an output of another kind the declared kind first (the way a host's
+// fresh, untyped output becomes the array an instruction fills).
 class CArgs {
  public:
   explicit CArgs(IXInstrContext* ctx)
       : m_ctx(ctx), m_in(ctx->GetInputs()), m_out(ctx->GetOutputs()) {}
 
   int Count() const { return m_ctx->GetInputCount(); }
-  CZetObject& In(int i) const { return *m_in[i]; }
+  const CZetObject& In(int i) const { return *m_in[i]; }
   double Number(int i) const { return m_in[i]->AsDouble(); }
   bool Bool(int i) const { return m_in[i]->AsBool(); }
-  int Int(int i) const { return m_in[i]->AsInt(); }
+  // The two integer reads the instructions distinguish: the number truncated toward
+  // zero (indexes, counts, colours), and the value's own integer conversion, which
+  // for a held integer or Boolean is that value itself.
+  int TruncInt(int i) const { return ZetTruncInt32(m_in[i]->AsDouble()); }
+  int OwnInt(int i) const { return m_in[i]->AsInt(); }
   const char* Text(int i) const { return m_in[i]->AsText(); }
   const std::string& String(int i) const { return m_in[i]->AsString(); }
   template <class T>
-  T& Ref(int i) const {
-    return m_in[i]->Ref<T>();
+  const T& Get(int i) const {
+    const T* v = m_in[i]->Get<T>();
+    return v ? *v : EmptyValue<T>();
   }
+  const CZetPoint& Point(int i) const { return Get<CZetPoint>(i); }
+  const CZetLine& Line(int i) const { return Get<CZetLine>(i); }
 
   CZetObject& Out(int i) const { return *m_out[i]; }
-  CZetObject& Param(int i) const { return *m_ctx->GetParams()[i]; }
+  template <class T>
+  T& OutRef(int i) const {
+    return m_out[i]->Ref<T>();
+  }
+  const CZetObject& Param(int i) const { return *m_ctx->GetParams()[i]; }
   IXInstrContext* Context() const { return m_ctx; }
 
-  // ReportError(level, source, text) through the notify service.
+  // ReportError(level, source, text) through the notify service (kReportWarning or
+  // kReportError).
   void Report(int level, const char* source, const char* text) const;
   // Report, then return kFail.
   int Fail(int level, const char* source, const char* text) const {

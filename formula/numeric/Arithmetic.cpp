@@ -127,7 +127,7 @@ class CDivide final : public TInstr<CDivide> {
   int Execute(IXInstrContext* ctx) override {
     CArgs a(ctx);
     const double den = a.Number(1);
-    if (den == 0.0) return a.Fail(2, "Numeric: Divide", "Division by zero");
+    if (den == 0.0) return a.Fail(kReportError, "Numeric: Divide", "Division by zero");
     a.Out(0) = a.Number(0) / den;
     return kOk;
   }
@@ -195,9 +195,9 @@ class CIntegerDivide final : public TInstr<CIntegerDivide> {
   }
   int Execute(IXInstrContext* ctx) override {
     CArgs a(ctx);
-    const int b = a.Int(1);
-    if (b == 0) return a.Fail(2, "Numeric: Integer Divide", "Division by zero");
-    const int n = a.Int(0);
+    const int b = a.OwnInt(1);
+    if (b == 0) return a.Fail(kReportError, "Numeric: Integer Divide", "Division by zero");
+    const int n = a.OwnInt(0);
     // INT_MIN / -1 overflows: it gives INT_MIN, the two's-complement wrap, rather
     // than the processor's overflow trap.
     a.Out(0) = (b == -1) ? static_cast<int>(0u - static_cast<unsigned>(n)) : n / b;
@@ -218,8 +218,8 @@ class CRemainder final : public TInstr<CRemainder> {
   }
   int Execute(IXInstrContext* ctx) override {
     CArgs a(ctx);
-    const int b = a.Int(1);
-    const int n = a.Int(0);
+    const int b = a.OwnInt(1);
+    const int n = a.OwnInt(0);
     if (b == 0) throw std::domain_error("integer division by zero");
     a.Out(0) = (b == -1) ? 0 : n % b;  // INT_MIN % -1 is 0, not a trap
     return kOk;

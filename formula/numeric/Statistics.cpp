@@ -220,7 +220,7 @@ class CSumArr final : public TInstr<CSumArr> {
   }
   int Execute(IXInstrContext* ctx) override {
     CArgs a(ctx);
-    a.Out(0) = SumArray(a.Ref<CZetNumberVector>(0)).s;
+    a.Out(0) = SumArray(a.Get<CZetNumberVector>(0)).s;
     return kOk;
   }
 };
@@ -235,7 +235,7 @@ class CMinArr final : public TInstr<CMinArr> {
   }
   int Execute(IXInstrContext* ctx) override {
     CArgs a(ctx);
-    const CZetNumberVector& v = a.Ref<CZetNumberVector>(0);
+    const CZetNumberVector& v = a.Get<CZetNumberVector>(0);
     if (v.Size() == 0) return kFail;
     WriteFirstExtreme(a, static_cast<int>(v.Size()), [&](int i) { return v[i]; }, Lower);
     return kOk;
@@ -252,7 +252,7 @@ class CMaxArr final : public TInstr<CMaxArr> {
   }
   int Execute(IXInstrContext* ctx) override {
     CArgs a(ctx);
-    const CZetNumberVector& v = a.Ref<CZetNumberVector>(0);
+    const CZetNumberVector& v = a.Get<CZetNumberVector>(0);
     if (v.Size() == 0) return kFail;
     WriteFirstExtreme(a, static_cast<int>(v.Size()), [&](int i) { return v[i]; }, Higher);
     return kOk;
@@ -268,7 +268,7 @@ class CMeanArr final : public TInstr<CMeanArr> {
   }
   int Execute(IXInstrContext* ctx) override {
     CArgs a(ctx);
-    const CZetNumberVector& v = a.Ref<CZetNumberVector>(0);
+    const CZetNumberVector& v = a.Get<CZetNumberVector>(0);
     if (v.Size() == 0) return kFail;
     a.Out(0) = SumArray(v).s / v.Size();
     return kOk;
@@ -286,7 +286,7 @@ class CVarianceArr final : public TInstr<CVarianceArr> {
   }
   int Execute(IXInstrContext* ctx) override {
     CArgs a(ctx);
-    const CZetNumberVector& v = a.Ref<CZetNumberVector>(0);
+    const CZetNumberVector& v = a.Get<CZetNumberVector>(0);
     if (v.Size() < 2) return kFail;
     a.Out(0) = SampleVariance(SumArray(v), v.Size());
     return kOk;
@@ -303,7 +303,7 @@ class CCpArr final : public TInstr<CCpArr> {
   }
   int Execute(IXInstrContext* ctx) override {
     CArgs a(ctx);
-    const CZetNumberVector& v = a.Ref<CZetNumberVector>(2);
+    const CZetNumberVector& v = a.Get<CZetNumberVector>(2);
     if (v.Size() < 2) return kFail;
     a.Out(0) = Cp(a.Number(0), a.Number(1), SumArray(v), v.Size());
     return kOk;
@@ -320,7 +320,7 @@ class CCpkArr final : public TInstr<CCpkArr> {
   }
   int Execute(IXInstrContext* ctx) override {
     CArgs a(ctx);
-    const CZetNumberVector& v = a.Ref<CZetNumberVector>(2);
+    const CZetNumberVector& v = a.Get<CZetNumberVector>(2);
     if (v.Size() < 2) return kFail;
     a.Out(0) = Cpk(a.Number(0), a.Number(1), SumArray(v), v.Size());
     return kOk;

@@ -57,7 +57,7 @@ class CPrintfNumInf final : public TInstr<CPrintfNumInf> {
     CArgs a(ctx);
     const int n = a.Count() - 1;
     if (n > kMaxPrintfNumbers) {
-      a.Report(1, "PrintfNumInf", "Too many number arguments");
+      a.Report(kReportWarning, "PrintfNumInf", "Too many number arguments");
       CStdStr zero;
       zero.Format("%1.0f", 0.0);
       a.Out(0) = zero;

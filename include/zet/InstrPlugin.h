@@ -40,6 +40,20 @@ enum : int {
 // Execute results.
 enum : int { kOk = 0, kFail = 3 };
 
+// Levels of IXInstrNotify::ReportError: what the instruction says of its own failure.
+enum : int {
+  kReportWarning = 1,  // a result was still produced (Correlate's constant arrays)
+  kReportError = 2,    // the computation could not be done (a division by zero)
+};
+
+// SInstrInfo::kind. Every class of this library ends with kKindPlain; the other two
+// follow from the two words of SInstrInfo::kindWords when a descriptor sets them.
+enum : int {
+  kKindPlain = 17,
+  kKindWordsNoOutputs = 18,
+  kKindWordsWithOutputs = 19,
+};
+
 struct SInstrParam {
   int type = 0;
   const char* group = nullptr;
