@@ -36,6 +36,7 @@ class CImpInstrPluginLib : public IXInstrPluginLib {
 class CFormulaLib final : public CImpInstrPluginLib {
  public:
   CFormulaLib() {
+    zet::PinParallelRuntime();
     const zet::SRegistryRow* rows = zet::RegistryRows();
     for (size_t i = 0; i < zet::RegistrySize(); ++i) m_plugins.push_back(rows[i].create());
   }

@@ -16,4 +16,8 @@ struct SRegistryRow {
 const SRegistryRow* RegistryRows();
 size_t RegistrySize();
 
+// Marks the OpenMP runtime as never to be unloaded (see ParallelRuntime.cpp); called
+// once when the library object is made.
+void PinParallelRuntime();
+
 }  // namespace zet

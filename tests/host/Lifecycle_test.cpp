@@ -64,6 +64,31 @@ TEST(Lifecycle, HundredLoadUnloadCycles) {
   }
 }
 
+// The polarization types 9 and 10 spread rows over worker threads above 4096 output
+// pixels. The workers must stay valid after the plug-in is unloaded: a host that loads,
+// runs them and unloads, over and over, and then exits, neither crashes nor leaks.
+TEST(Lifecycle, HundredCyclesWithParallelWork) {
+  const std::string frame = ::testing::TempDir() + "lifecycle_frame.pgm";
+  {
+    CZetImage raw;
+    ASSERT_EQ(raw.Create(200, 160, kZetImageMono8), kZetImageOk);  // 100 x 80 output pixels
+    for (int y = 0; y < raw.Height(); ++y)
+      for (int x = 0; x < raw.Width(); ++x) raw.Row(y)[x] = static_cast<uint8_t>(x * 7 + y * 3);
+    ASSERT_EQ(zet::host::SaveImageFile(frame, raw), "");
+  }
+  for (int i = 0; i < 100; ++i) {
+    zet::host::CZetPluginModule module(ZET_TEST_PLUGIN);
+    zet::host::CZetJsonSession session(module);
+    for (int type : {9, 10}) {
+      const std::string r = session.Handle(R"({"instr": "ProcessPolarizedImage", "params": [)" +
+                                           std::to_string(type) + R"(], "inputs": [{"file": ")" +
+                                           frame + R"("}]})");
+      ASSERT_EQ(r.rfind(R"({"status":0,"outputs":[{"width":100,"height":80)", 0), 0u) << r;
+    }
+  }
+  std::remove(frame.c_str());
+}
+
 TEST(Lifecycle, LoaderErrors) {
   EXPECT_THROW(zet::host::CZetPluginModule("/nonexistent/ZetFormulaLib.so"), std::runtime_error);
   EXPECT_THROW(zet::host::CZetPluginModule("libc.so.6"), std::runtime_error);
