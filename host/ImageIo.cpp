@@ -16,7 +16,7 @@
 //   byte is 0 (as in the instructions' colour images, whose fourth byte would read as
 //   a fully transparent alpha) and as RGBA otherwise, so reading the file back gives
 //   the same bytes either way.
-#include "ImageIo.h"
+#include "zet/ZetHost.h"
 
 #include <openssl/evp.h>
 #include <png.h>

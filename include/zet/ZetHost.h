@@ -17,6 +17,7 @@
 #include <vector>
 
 #include "zet/InstrPlugin.h"
+#include "zet/ZetImage.h"
 #include "zet/ZetExport.h"
 
 namespace zet::host {
@@ -41,7 +42,7 @@ struct SAnnotationRecord {
 };
 
 // Collects ReportError and PostEvent calls.
-class ZET_PLATFORM_API CNotifyRecorder final : public IXInstrNotify {
+class ZET_HOST_API CNotifyRecorder final : public IXInstrNotify {
  public:
   void ReportError(int level, const CStdStr& source, const CStdStr& text) override;
   void PostEvent(int code, int value) override;
@@ -50,7 +51,7 @@ class ZET_PLATFORM_API CNotifyRecorder final : public IXInstrNotify {
 };
 
 // Named memory blocks; owns them (delete[]) for its whole life.
-class ZET_PLATFORM_API CNamedStore final : public IXInstrStore {
+class ZET_HOST_API CNamedStore final : public IXInstrStore {
  public:
   ~CNamedStore() override;
   void* Find(const char* name) override;
@@ -61,7 +62,7 @@ class ZET_PLATFORM_API CNamedStore final : public IXInstrStore {
 };
 
 // Records every annotation call.
-class ZET_PLATFORM_API CAnnotationRecorder final : public IXInstrAnnotations {
+class ZET_HOST_API CAnnotationRecorder final : public IXInstrAnnotations {
  public:
   void AddPoint(const char* label, const CZetPoint& pt, int color, int t1, int t2) override;
   void AddSegment(const char* label, const CZetPoint& start, const CZetPoint& end, int color,
@@ -96,7 +97,7 @@ struct SExecResult {
 // The execution context: parameter, input and output values with the pointer arrays
 // the instruction sees, and the services. The named store lives as long as the
 // context; reports, events and annotations are cleared by Reset.
-class ZET_PLATFORM_API CZetExecContext final : public IXInstrContext {
+class ZET_HOST_API CZetExecContext final : public IXInstrContext {
  public:
   CZetExecContext() = default;
   CZetExecContext(const CZetExecContext&) = delete;
@@ -152,7 +153,7 @@ class ZET_PLATFORM_API CZetExecContext final : public IXInstrContext {
 
 // A loaded plug-in module: dlopen, ZetPluginLibGet, InitAll; TermAll and dlclose on
 // destruction.
-class ZET_PLATFORM_API CZetPluginModule {
+class ZET_HOST_API CZetPluginModule {
  public:
   // Throws std::runtime_error with the loader's message when the module cannot be
   // loaded or has no ZetPluginLibGet.
@@ -181,7 +182,7 @@ class ZET_PLATFORM_API CZetPluginModule {
 };
 
 // The JSON-Lines session of `zet exec`: one context for all requests.
-class ZET_PLATFORM_API CZetJsonSession {
+class ZET_HOST_API CZetJsonSession {
  public:
   explicit CZetJsonSession(CZetPluginModule& module);
   ~CZetJsonSession();
@@ -194,14 +195,28 @@ class ZET_PLATFORM_API CZetJsonSession {
 };
 
 // Catalogue texts for `zet catalog` and `zet describe`.
-ZET_PLATFORM_API std::string CatalogJson(CZetPluginModule& module);
-ZET_PLATFORM_API std::string CatalogMarkdown(CZetPluginModule& module);
-ZET_PLATFORM_API std::string DescribeText(CZetPluginModule& module, int index);
-ZET_PLATFORM_API std::string ListText(CZetPluginModule& module);
+ZET_HOST_API std::string CatalogJson(CZetPluginModule& module);
+ZET_HOST_API std::string CatalogMarkdown(CZetPluginModule& module);
+ZET_HOST_API std::string DescribeText(CZetPluginModule& module, int index);
+ZET_HOST_API std::string ListText(CZetPluginModule& module);
 
-// Windows-1252 <-> UTF-8. FromUtf8 returns false when a character has no
+// Image files: PGM and PNG in, PGM and PNG out, and the digest zet prints for an image
+// output.
+//
+// LoadImageFile reads a PGM or PNG file: 8-bit grey gives attribute 1, 16-bit grey
+// attribute 16, 8-bit RGB or RGBA attribute 32 (the fourth byte 0 or alpha).
+// SaveImageFile writes PGM (8- or 16-bit grey) or PNG (8-bit grey, 16-bit grey, 4-byte
+// images as RGB when every fourth byte is 0, else RGBA) by the file's extension. Both
+// return "" on success, else an error text naming the file.
+ZET_HOST_API std::string LoadImageFile(const std::string& path, CZetImage& image);
+ZET_HOST_API std::string SaveImageFile(const std::string& path, const CZetImage& image);
+// SHA-256 (lower-case hex) of the pixel rows concatenated without row padding, the
+// bytes as held in memory (16-bit pixels little-endian).
+ZET_HOST_API std::string ImageSha256(const CZetImage& image);
+
+// Windows-1252 <-> UTF-8. Utf8ToCp1252 returns false when a character has no
 // Windows-1252 byte (or the UTF-8 is malformed).
-ZET_PLATFORM_API std::string Cp1252ToUtf8(const std::string& text);
-ZET_PLATFORM_API bool Utf8ToCp1252(const std::string& utf8, std::string* out);
+ZET_HOST_API std::string Cp1252ToUtf8(const std::string& text);
+ZET_HOST_API bool Utf8ToCp1252(const std::string& utf8, std::string* out);
 
 }  // namespace zet::host

@@ -1,6 +1,6 @@
 // Image files of the host: PGM and PNG round trips, the conversions of other PNG
 // kinds, the refusals, and the digest zet prints.
-#include "ImageIo.h"
+#include "zet/ZetHost.h"
 
 #include <gtest/gtest.h>
 #include <unistd.h>
