@@ -20,6 +20,24 @@ CZetObject StrArr(std::initializer_list<const char*> v) {
   return o;
 }
 
+CZetObject BoolArr(std::initializer_list<bool> v) {
+  CZetObject o(ZET_OBJ_BOOL_ARRAY);
+  for (bool b : v) o.Ref<CZetBoolVector>().PushBack(CZetBool(b));
+  return o;
+}
+
+CZetObject PtArr(std::initializer_list<CZetPoint> v) {
+  CZetObject o(ZET_OBJ_POINT_ARRAY);
+  for (const CZetPoint& p : v) o.Ref<CZetPointVector>().PushBack(p);
+  return o;
+}
+
+CZetObject LnArr(std::initializer_list<CZetLine> v) {
+  CZetObject o(ZET_OBJ_LINE_ARRAY);
+  for (const CZetLine& l : v) o.Ref<CZetLineVector>().PushBack(l);
+  return o;
+}
+
 int IndexOf(const std::string& name) {
   std::string error;
   const int index = Module().Find(name, &error);

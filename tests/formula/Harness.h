@@ -8,7 +8,8 @@
 //   EXPECT_EQ(s.Out(0).AsDouble(), 6.0);
 //
 // Values are CZetObjects built with V(...): V(1.5), V(true), V("text"),
-// V(CZetPoint(1, 2)), V(std::string("a\0b", 3)), or NumArr({1, 2}) for arrays.
+// V(CZetPoint(1, 2)), V(std::string("a\0b", 3)), or NumArr({1, 2}), StrArr, BoolArr,
+// PtArr and LnArr for arrays.
 #pragma once
 
 #include <gtest/gtest.h>
@@ -39,6 +40,9 @@ inline CZetObject V(const char* s) {
 inline CZetObject Untyped() { return CZetObject(); }
 CZetObject NumArr(std::initializer_list<double> v);
 CZetObject StrArr(std::initializer_list<const char*> v);
+CZetObject BoolArr(std::initializer_list<bool> v);
+CZetObject PtArr(std::initializer_list<CZetPoint> v);  // PtArr({{1, 2}, {3, 4}})
+CZetObject LnArr(std::initializer_list<CZetLine> v);   // LnArr({{0.5, 10}}): angle first
 
 struct CRun {
   int status = 0;
