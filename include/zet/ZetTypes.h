@@ -32,8 +32,10 @@ class ZET_PLATFORM_API CStdStr : public std::string {
   // an argument that is not one of the doubles. A conversion is '%', flags among
   // - + space # 0 ' (each may repeat), a width (digits or `*`), a precision ('.' and
   // digits or `*`), length modifiers (hh h l ll L q j z Z t, all ignored) and a letter:
-  //  - a A e E f F g G: the next double, printed by the C runtime exactly as printf
-  //    prints it with those flags, width and precision (so %Lf and %lf are %f);
+  //  - a A e E f F g G: the next double, printed as ISO C's printf prints it with
+  //    those flags, width and precision (so %Lf and %lf are %f), by the C runtime;
+  //    %#g and %#G are handed on as the %e or %f (%E, %F) conversion they stand for,
+  //    since runtimes differ where rounding carries into a new decimal exponent;
   //  - d i o u x X: the next double truncated toward zero to a 64-bit integer (NaN
   //    gives 0, out-of-range values saturate), printed as %lld, or as %llo %llu %llx
   //    %llX of its two's complement (so %X of -1 is sixteen F);

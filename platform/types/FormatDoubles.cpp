@@ -6,11 +6,17 @@
 // precision, no length modifier, the conversion letter) and given to snprintf with
 // exactly one argument of the type that rebuilt conversion reads. What each kind of
 // conversion prints is documented with the declaration in ZetTypes.h.
+//
+// The output is what ISO C's printf prints, also where a C runtime is wrong: glibc
+// prints %#g wrong when rounding carries into a new decimal exponent (999999.5 gives
+// "1.e+06", not "1.00000e+06"), so the alternative form of g and G never reaches it
+// as such (see AlternativeG).
 #include <algorithm>
 #include <charconv>
 #include <cmath>
 #include <cstdint>
 #include <cstdio>
+#include <cstdlib>
 #include <cstring>
 #include <memory>
 
@@ -33,7 +39,8 @@ constexpr int64_t kMaxWidth = kMaxPrecision + static_cast<int64_t>(kLimit) + 512
 
 enum class EKind { kFloating, kInteger, kChar, kPercent, kLiteral };
 
-struct SSpec {
+// One conversion of the format, from its '%' to its letter.
+struct SConversion {
   bool flag[6] = {};  // kFlags, in order; repeated flags count once
   bool hasWidth = false, widthStar = false;
   int64_t width = 0;
@@ -63,8 +70,8 @@ int64_t ReadNumber(const char* f, size_t n, size_t& j) {
 }
 
 // Parses the conversion that starts with the '%' at f[i].
-SSpec Parse(const char* f, size_t n, size_t i) {
-  SSpec s;
+SConversion Parse(const char* f, size_t n, size_t i) {
+  SConversion s;
   size_t j = i + 1;
   for (int k; j < n && (k = FlagIndex(f[j])) >= 0; ++j) s.flag[k] = true;
   if (j < n && f[j] == '*') {
@@ -109,6 +116,30 @@ EKind KindOf(char conv) {
   }
 }
 
+// The decimal exponent X of `v` rounded to `p` significant digits, as %e prints it.
+// A double's exact expansion has at most 767 significant digits, so asking for more
+// than 800 changes nothing but the time.
+int DecimalExponent(double v, int64_t p) {
+  char buf[1024];
+  std::snprintf(buf, sizeof buf, "%.*e", static_cast<int>(std::min<int64_t>(p - 1, 800)), v);
+  const char* e = std::strrchr(buf, 'e');
+  return e ? std::atoi(e + 1) : 0;
+}
+
+// %#g and %#G of a finite value as the conversion ISO C defines them to be: with P
+// the precision (6 if omitted, 1 if zero) and X the exponent of the value rounded to
+// P digits, the f style with precision P - 1 - X when P > X >= -4, else the e style
+// with precision P - 1; the alternative form keeps the trailing zeros, so nothing is
+// left to remove. Sets `conv` and `precision` to that conversion.
+void AlternativeG(double v, bool hasPrecision, char& conv, int64_t& precision) {
+  const int64_t p = !hasPrecision ? 6 : precision == 0 ? 1 : precision;
+  const int x = DecimalExponent(v, p);
+  const bool fixed = p > x && x >= -4;
+  const bool upper = conv == 'G';
+  conv = fixed ? (upper ? 'F' : 'f') : (upper ? 'E' : 'e');
+  precision = fixed ? p - 1 - x : p - 1;
+}
+
 // The double truncated toward zero to a 64-bit integer; NaN gives 0 and values out of
 // range saturate.
 long long ToInt64(double v) {
@@ -133,7 +164,7 @@ class CFormatter {
         i += run;
         continue;
       }
-      SSpec s = Parse(f, n, i);
+      SConversion s = Parse(f, n, i);
       const EKind kind = KindOf(s.conv);
       if (kind == EKind::kLiteral) {
         Append(f + i, s.end - i);
@@ -151,7 +182,7 @@ class CFormatter {
 
   void Append(const char* p, size_t len) { m_out.append(p, std::min(len, kLimit - m_out.size())); }
 
-  void Convert(SSpec& s, EKind kind) {
+  void Convert(SConversion& s, EKind kind) {
     // Stars take their doubles first, in order, as printf's int arguments would be.
     if (s.widthStar) {
       const int64_t w = ZetTruncInt32(Take());
@@ -183,15 +214,22 @@ class CFormatter {
       width -= s.precision - kMaxPrecision;
     if (s.hasWidth && width > 0)
       p = std::to_chars(p, spec + sizeof spec, std::min(width, kMaxWidth)).ptr;
-    if (s.hasPrecision && kind != EKind::kChar) {
+    char conv = s.conv;
+    bool hasPrecision = s.hasPrecision && kind != EKind::kChar;
+    int64_t precision = std::min(s.precision, kMaxPrecision);
+    if ((conv == 'g' || conv == 'G') && s.flag[3] && std::isfinite(v)) {
+      AlternativeG(v, hasPrecision, conv, precision);
+      hasPrecision = true;
+    }
+    if (hasPrecision) {
       *p++ = '.';
-      p = std::to_chars(p, spec + sizeof spec, std::min(s.precision, kMaxPrecision)).ptr;
+      p = std::to_chars(p, spec + sizeof spec, precision).ptr;
     }
     if (kind == EKind::kInteger) {
       *p++ = 'l';
       *p++ = 'l';
     }
-    *p++ = s.conv;
+    *p++ = conv;
     *p = '\0';
     switch (kind) {
       case EKind::kFloating:

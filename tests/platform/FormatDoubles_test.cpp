@@ -1,10 +1,13 @@
-// CStdStr::FormatDoubles: floating conversions against the C runtime, and the
-// formats that must not reach it as they stand.
+// CStdStr::FormatDoubles: floating conversions against the C runtime where it is
+// right, against ISO C where it is not (%#g when rounding carries), and the formats
+// that must not reach it as they stand.
 #include <gtest/gtest.h>
 
 #include <cfloat>
+#include <charconv>
 #include <cmath>
 #include <cstdio>
+#include <cstdlib>
 #include <limits>
 #include <string>
 #include <vector>
@@ -48,6 +51,84 @@ TEST(FormatDoubles, FloatingConversionsMatchTheRuntime) {
           }
         }
   EXPECT_EQ(mismatches, 0);
+}
+
+// With '#', %g keeps its trailing zeros: P significant digits, in the e style when the
+// exponent of the rounded value is below -4 or at least P. Some runtimes lose the
+// digits when rounding carries into the next power of ten (999999.5 -> "1.e+06").
+TEST(FormatDoubles, AlternativeGKeepsItsDigitsWhenRoundingCarries) {
+  const struct {
+    const char* fmt;
+    double v;
+    const char* want;
+  } cases[] = {
+      {"%#g", 999999.5, "1.00000e+06"},
+      {"%#g", -999999.5, "-1.00000e+06"},
+      {"%#012g", -999999.5, "-1.00000e+06"},  // twelve characters already
+      {"%#013g", -999999.5, "-01.00000e+06"},
+      {"%#-14G|", 999999.5, "1.00000E+06   |"},
+      {"%#+.2g", 99.5, "+1.0e+02"},
+      {"%#.3g", 99.95, "100."},  // X = 2 < P: the f style
+      {"%#.0g", 9.5, "1.e+01"},  // P = 1
+      {"%#.1g", 0.99, "1."},
+      {"%#g", 9.9999995, "10.0000"},
+      {"%#g", 0.000099999996, "0.000100000"},  // X = -4 after rounding
+      {"%#G", 0.0000099999996, "1.00000E-05"},
+      {"%#.17g", 0.1, "0.10000000000000001"},
+      {"%#g", 0.0, "0.00000"},
+      {"%# g", -0.0, "-0.00000"},
+      {"%#g", kInf, "inf"},
+      {"%#08G", -kInf, "    -INF"},
+      {"%#g", kNaN, "nan"},
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(std::string(c.fmt) + " of " + std::to_string(c.v));
+    EXPECT_EQ(Fmt(c.fmt, {c.v}), c.want);
+  }
+}
+
+// Every precision of values on either side of a power of ten: %#.Pg has exactly P
+// significant digits and the value of the correctly rounded %.(P-1)e, and %e, %f and
+// %g (without '#') give the text of std::to_chars, an implementation of their own.
+TEST(FormatDoubles, RoundingSweepAgainstAnIndependentFormatter) {
+  std::vector<double> values;
+  for (int k = -7; k <= 17; ++k) {
+    const double p10 = std::pow(10.0, k);
+    for (double f : {0.95, 0.995, 0.9995, 0.99995, 0.999995, 0.9999995, 0.99999995, 1.05, 0.5})
+      values.insert(values.end(), {f * p10, -f * p10});
+  }
+  auto significant = [](const std::string& text) {
+    int digits = 0;
+    bool leading = true;
+    for (char c : text) {
+      if (c == 'e' || c == 'E') break;
+      if (c < '0' || c > '9') continue;
+      if (c != '0') leading = false;
+      if (!leading) ++digits;
+    }
+    return digits;
+  };
+  auto toChars = [](double v, std::chars_format form, int precision) {
+    char buf[512];
+    return std::string(buf, std::to_chars(buf, buf + sizeof buf, v, form, precision).ptr);
+  };
+  for (double v : values) {
+    for (int p = 1; p <= 17; ++p) {
+      char alt[16], e[16], f[16], g[16];
+      std::snprintf(alt, sizeof alt, "%%#.%dg", p);
+      std::snprintf(e, sizeof e, "%%.%de", p);
+      std::snprintf(f, sizeof f, "%%.%df", p);
+      std::snprintf(g, sizeof g, "%%.%dg", p);
+      SCOPED_TRACE(toChars(v, std::chars_format::scientific, 20) + " with " + alt);
+      const std::string text = Fmt(alt, {v});
+      ASSERT_EQ(significant(text), p) << text;
+      const std::string rounded = toChars(v, std::chars_format::scientific, p - 1);
+      EXPECT_EQ(std::strtod(text.c_str(), nullptr), std::strtod(rounded.c_str(), nullptr)) << text;
+      EXPECT_EQ(Fmt(e, {v}), toChars(v, std::chars_format::scientific, p));
+      EXPECT_EQ(Fmt(f, {v}), toChars(v, std::chars_format::fixed, p));
+      EXPECT_EQ(Fmt(g, {v}), toChars(v, std::chars_format::general, p));
+    }
+  }
 }
 
 TEST(FormatDoubles, ArgumentsAndConversions) {
