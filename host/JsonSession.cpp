@@ -24,8 +24,7 @@ struct CZetJsonSession::SImpl {
   std::vector<std::unique_ptr<CZetImage>> requestImages;
 
   void Decode(const Json& j, int type, CZetObject& out, const std::string& what) {
-    DecodeValue(j, type, out, what,
-                [this](std::unique_ptr<CZetImage> img) { requestImages.push_back(std::move(img)); });
+    DecodeValue(j, type, out, what, requestImages);
   }
 
   void ApplySettings(const Json& s) {

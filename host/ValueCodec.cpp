@@ -134,7 +134,7 @@ CZetLine LineOf(const Json& j, const std::string& what) {
 }
 
 void DecodeValue(const Json& j, int type, CZetObject& out, const std::string& what,
-               const ImageKeeper& keep) {
+                 std::vector<std::unique_ptr<CZetImage>>& images) {
   if (j.is_null()) {
     out.Clear();
     return;
@@ -156,7 +156,7 @@ void DecodeValue(const Json& j, int type, CZetObject& out, const std::string& wh
       const std::string err = LoadImageFile(file, *img);
       if (!err.empty()) Fail(what + ": " + err);
       out = CZetHandle(img.get());
-      keep(std::move(img));
+      images.push_back(std::move(img));
       return;
     }
     case kTypeBoolArray:

@@ -3,10 +3,10 @@
 // program runner all speak it; shared/zet-cli.md's value table is what it implements.
 #pragma once
 
-#include <functional>
 #include <memory>
 #include <nlohmann/json.hpp>
 #include <string>
+#include <vector>
 
 #include "zet/ZetHost.h"
 #include "zet/ZetImage.h"
@@ -37,10 +37,9 @@ CZetPoint PointOf(const Json& j, const std::string& what);
 CZetLine LineOf(const Json& j, const std::string& what);
 
 // JSON to a value of the descriptor type `type` (kTypeBool ... kTypeLineArray); null
-// makes the value untyped. An image ({"file": ...}) is loaded into an image the
-// caller keeps alive for as long as the value is used: `keep` receives it.
-using ImageKeeper = std::function<void(std::unique_ptr<CZetImage>)>;
+// makes the value untyped. An image ({"file": ...}) is loaded into an image appended
+// to `images`, which the caller keeps alive for as long as the value is used.
 void DecodeValue(const Json& j, int type, CZetObject& out, const std::string& what,
-                 const ImageKeeper& keep);
+                 std::vector<std::unique_ptr<CZetImage>>& images);
 
 }  // namespace zet::host
