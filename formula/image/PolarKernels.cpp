@@ -13,11 +13,8 @@
 // - Type 9 looks its colour up in a table over (S1, S2) of the AoP byte's colour at
 //   full saturation and value; type 10 looks the AoP byte up, then the colour of
 //   (hue, 255, value) in a table built by the definition's HSV-to-RGB step.
-// - The stand-alone HSV-to-RGB conversion repeats the definition's single-precision
-//   operations in the same order (the build turns off fused multiply-add
-//   contraction), selecting the sector formulas with masks.
 // Every kernel ends with a scalar tail over the last columns, using the definition.
-// The exhaustive test checks every reachable (S1, S2, sum) and every (H, S, V).
+// The exhaustive test checks every reachable (S1, S2, sum).
 #undef HWY_TARGET_INCLUDE
 #define HWY_TARGET_INCLUDE "image/PolarKernels.cpp"
 #include <hwy/foreach_target.h>  // IWYU pragma: keep
@@ -40,10 +37,6 @@ void RowImpl(int type, const uint8_t* row0, const uint8_t* row1, uint8_t* dst, i
   ScalarRow(type, row0, row1, dst, cols, args->dolpFactor);
   if (IsColourType(type))
     for (int c = 0; c < cols; ++c) HsvToRgbPixel(dst + 4 * c);
-}
-
-void HsvRowImpl(uint8_t* px, int width) {
-  for (int x = 0; x < width; ++x) HsvToRgbPixel(px + 4 * x);
 }
 
 #else
@@ -166,37 +159,6 @@ HWY_INLINE V32 Hue(const uint8_t* table, const SBlocks& b) {
   return Redo(hue, redo, b, [](int s1, int s2, int s0h) { return AopPixel(s1, s2, s0h); });
 }
 
-// HSV to RGB of byte lanes; returns R | G << 8 | B << 16.
-HWY_INLINE V32 HsvToRgbLanes(V32 hue, V32 sat, V32 val) {
-  const D32 d;
-  const DF df;
-  const V32 hz = hn::IfThenZeroElse(hn::Eq(hue, hn::Set(d, 255)), hue);
-  const VF h = hn::Mul(hn::Mul(hn::ConvertTo(df, hz), hn::Set(df, 0.016666668f)),
-                       hn::Set(df, 1.4117647f));
-  const V32 i = hn::ConvertTo(d, h);
-  const VF f = hn::Sub(h, hn::ConvertTo(df, i));
-  const VF v = hn::ConvertTo(df, val);
-  const VF sv = hn::Mul(hn::Mul(hn::ConvertTo(df, sat), hn::Set(df, 0.003921569f)), v);
-  const VF p = hn::Sub(v, sv);
-  const VF fsv = hn::Mul(f, sv);
-  const VF q = hn::Sub(v, fsv);
-  const VF t = hn::Add(p, fsv);
-  auto is = [&](int k) { return hn::RebindMask(df, hn::Eq(i, hn::Set(d, k))); };
-  const auto m0 = is(0), m1 = is(1), m2 = is(2), m3 = is(3), m4 = is(4);
-  // Sectors 0..5: R = V q p p t V, G = t V V q p p, B = p p t V V q.
-  VF r = hn::IfThenElse(m1, q, hn::IfThenElse(hn::Or(m2, m3), p, hn::IfThenElse(m4, t, v)));
-  VF g = hn::IfThenElse(m0, t, hn::IfThenElse(hn::Or(m1, m2), v, hn::IfThenElse(m3, q, p)));
-  VF bl = hn::IfThenElse(hn::Or(m0, m1), p,
-                         hn::IfThenElse(m2, t, hn::IfThenElse(hn::Or(m3, m4), v, q)));
-  const auto grey = hn::RebindMask(df, hn::Eq(sat, hn::Zero(d)));
-  r = hn::IfThenElse(grey, v, r);
-  g = hn::IfThenElse(grey, v, g);
-  bl = hn::IfThenElse(grey, v, bl);
-  const V32 zero = hn::Zero(d), top = hn::Set(d, 255);
-  auto byte = [&](VF x) { return hn::Min(hn::Max(hn::NearestInt(x), zero), top); };
-  return hn::Or(byte(r), hn::Or(hn::ShiftLeft<8>(byte(g)), hn::ShiftLeft<16>(byte(bl))));
-}
-
 // One channel pixel per block: the left pixel of `row`.
 void ChannelRow(const uint8_t* row, uint8_t* dst, int cols) {
   const hn::ScalableTag<uint16_t> d16;
@@ -301,22 +263,6 @@ void RowImpl(int type, const uint8_t* row0, const uint8_t* row1, uint8_t* dst, i
   }
 }
 
-void HsvRowImpl(uint8_t* px, int width) {
-  const D32 d;
-  const int n = static_cast<int>(hn::Lanes(d));
-  const V32 lo = hn::Set(d, 0xFF);
-  const V32 fourth = hn::Set(d, static_cast<int32_t>(0xFF000000u));
-  int x = 0;
-  for (; x + n <= width; x += n) {
-    int32_t* p = reinterpret_cast<int32_t*>(px + 4 * x);
-    const V32 w = hn::LoadU(d, p);
-    const V32 rgb = HsvToRgbLanes(hn::And(w, lo), hn::And(hn::ShiftRight<8>(w), lo),
-                                  hn::And(hn::ShiftRight<16>(w), lo));
-    hn::StoreU(hn::Or(rgb, hn::And(w, fourth)), d, p);
-  }
-  for (; x < width; ++x) HsvToRgbPixel(px + 4 * x);
-}
-
 #endif  // HWY_TARGET == HWY_SCALAR
 
 }  // namespace HWY_NAMESPACE
@@ -327,7 +273,6 @@ HWY_AFTER_NAMESPACE();
 namespace zet::polar {
 
 HWY_EXPORT(RowImpl);
-HWY_EXPORT(HsvRowImpl);
 
 void FastProcess(int type, const SPolarFrame& f) {
   if (type < kTypeI0 || type > kTypeHueValue) return;
@@ -348,14 +293,6 @@ void FastProcess(int type, const SPolarFrame& f) {
   } else {
     for (int r = 0; r < f.rows; ++r) row(r);
   }
-}
-
-int FastHsvToRgb(uint8_t* pixels, long pitch, int width, int height) {
-  if (!pixels) return kHsvNullImage;
-  if (width <= 0 || height <= 0) return kHsvBadSize;
-#pragma omp parallel for schedule(static) if (static_cast<long>(width) * height > kParallelPixels)
-  for (int y = 0; y < height; ++y) HWY_DYNAMIC_DISPATCH(HsvRowImpl)(pixels + y * pitch, width);
-  return kHsvOk;
 }
 
 }  // namespace zet::polar

@@ -33,6 +33,15 @@ inline bool IsColourType(int type) { return type == kTypeHue || type == kTypeHue
 // The HSV-to-RGB step runs its rows in parallel above this many pixels.
 inline constexpr long kParallelPixels = 4096;
 
+// Constants of the definition, for the scalar code and every vector copy of it.
+inline constexpr double kPi = 3.14159265358979323846;
+// HSV to RGB works in single precision with these factors.
+inline constexpr float kSixtieth = 0.016666668f;  // 1/60
+inline constexpr float kHueDegrees = 1.4117647f;  // 360/255
+inline constexpr float kInv255 = 0.003921569f;    // 1/255
+static_assert(kSixtieth == 1.0f / 60.0f && kHueDegrees == 360.0f / 255.0f &&
+              kInv255 == 1.0f / 255.0f);
+
 // Statuses of the HSV-to-RGB conversion (the instruction ignores them).
 enum : int { kHsvOk = 0, kHsvBadSize = -6, kHsvNullImage = -8 };
 
@@ -77,7 +86,5 @@ void ScalarProcess(int type, const SPolarFrame& frame);
 
 // The whole pixel step; types 9 and 10 compute hue and colour in one pass per row.
 void FastProcess(int type, const SPolarFrame& frame);
-// HSV to RGB in place, as ScalarHsvToRgb.
-int FastHsvToRgb(uint8_t* pixels, long pitch, int width, int height);
 
 }  // namespace zet::polar

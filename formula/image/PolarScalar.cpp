@@ -13,15 +13,6 @@
 namespace zet::polar {
 namespace {
 
-constexpr double kPi = 3.14159265358979323846;
-
-// The HSV-to-RGB constants, as single-precision values.
-constexpr float kSixtieth = 0.016666668f;    // 1/60
-constexpr float kHueDegrees = 1.4117647f;    // 360/255
-constexpr float kInv255 = 0.003921569f;      // 1/255
-static_assert(kSixtieth == 1.0f / 60.0f && kHueDegrees == 360.0f / 255.0f &&
-              kInv255 == 1.0f / 255.0f);
-
 float F(double x) { return static_cast<float>(x); }
 
 // The low 8 bits of a truncated result (no clamping).

@@ -10,7 +10,6 @@
 namespace zet::polar {
 namespace {
 
-constexpr double kPi = 3.14159265358979323846;
 constexpr size_t kPairEntries = size_t{511} << kPairShift;
 constexpr size_t kGatherPad = 3;
 

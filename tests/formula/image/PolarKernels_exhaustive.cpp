@@ -1,8 +1,7 @@
 // Exhaustive checks of the vector kernels against the scalar definition, on every
 // compiled instruction set. A block's result depends only on (S1, S2, sum), so
-// covering every reachable triple covers every possible frame; the HSV-to-RGB
-// conversion is checked over all 2^24 (H, S, V). Long-running: this binary carries
-// the ctest label "exhaustive".
+// covering every reachable triple covers every possible frame. Long-running: this
+// binary carries the ctest label "exhaustive".
 #include "PolarFrames.h"
 
 namespace zet::test {
@@ -58,24 +57,6 @@ TEST(PolarKernelsExhaustive, EveryReachableTripleOnEveryTarget) {
       if (HasFatalFailure()) return;
     }
   }
-}
-
-TEST(PolarKernelsExhaustive, HsvToRgbOverAllInputs) {
-  SBuffer hsv(4096, 4096, 4);
-  for (int y = 0; y < 4096; ++y)
-    for (int x = 0; x < 4096; ++x) {
-      const uint32_t i = static_cast<uint32_t>(y) * 4096 + x;  // (V << 16) | (S << 8) | H
-      uint8_t* px = hsv.Row(y) + 4 * x;
-      px[0] = static_cast<uint8_t>(i), px[1] = static_cast<uint8_t>(i >> 8);
-      px[2] = static_cast<uint8_t>(i >> 16), px[3] = static_cast<uint8_t>(i * 7);
-    }
-  SBuffer want = hsv;
-  polar::ScalarHsvToRgb(want.bytes.data(), want.pitch, want.width, want.height);
-  ForEachTarget([&](const char* target) {
-    SBuffer got = hsv;
-    polar::FastHsvToRgb(got.bytes.data(), got.pitch, got.width, got.height);
-    EXPECT_EQ(FirstDifference(want, got), "") << target;
-  });
 }
 
 }  // namespace

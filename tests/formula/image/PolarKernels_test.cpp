@@ -1,8 +1,7 @@
 // The vector kernels against the scalar definition, on every compiled instruction
-// set: random and structured frames of odd sizes (so every vector tail runs), and
-// the stand-alone HSV-to-RGB conversion. The exhaustive sweep of the whole input
-// domain is in PolarKernels_exhaustive.cpp; known values are met through the
-// instruction's own tests.
+// set: random and structured frames of odd sizes (so every vector tail runs). The
+// exhaustive sweep of the whole input domain is in PolarKernels_exhaustive.cpp;
+// known values are met through the instruction's own tests.
 #include <random>
 
 #include "PolarFrames.h"
@@ -81,33 +80,15 @@ TEST(PolarKernels, MarkedAnglesTakeTheDefinition) {
   });
 }
 
-// Random pixels with some grey ones, rows in parallel at full width and only the
-// vector tail at widths 13 and 1; the fourth byte is never written.
-TEST(PolarKernels, HsvToRgbMatchesAndKeepsTheFourthByte) {
-  std::mt19937 rng(7);
-  SBuffer hsv(97, 50, 4);  // 4850 pixels: above the parallel threshold
-  for (auto& b : hsv.bytes) b = static_cast<uint8_t>(rng());
-  for (int y = 0; y < 3; ++y) hsv.Row(y)[1 + 4 * y] = 0;  // grey pixels
-  ForEachTarget([&](const char* target) {
-    for (const int w : {hsv.width, 13, 1}) {
-      SCOPED_TRACE(std::string(target) + " width " + std::to_string(w));
-      SBuffer want = hsv, got = hsv;
-      ASSERT_EQ(polar::ScalarHsvToRgb(want.bytes.data(), want.pitch, w, want.height), 0);
-      ASSERT_EQ(polar::FastHsvToRgb(got.bytes.data(), got.pitch, w, got.height), 0);
-      EXPECT_EQ(FirstDifference(want, got), "");
-      for (int y = 0; y < hsv.height; ++y)
-        for (int x = 0; x < w; ++x) ASSERT_EQ(got.Row(y)[4 * x + 3], hsv.Row(y)[4 * x + 3]);
-    }
-  });
-  // Bad arguments write nothing; saturation 0 is grey whatever the hue.
-  for (auto* convert : {polar::ScalarHsvToRgb, polar::FastHsvToRgb}) {
-    uint8_t px[4] = {9, 0, 77, 5};
-    EXPECT_EQ(convert(nullptr, 4, 1, 1), polar::kHsvNullImage);
-    EXPECT_EQ(convert(px, 4, 0, 1), polar::kHsvBadSize);
-    EXPECT_EQ(convert(px, 4, 1, -1), polar::kHsvBadSize);
-    EXPECT_EQ(convert(px, 4, 1, 1), polar::kHsvOk);
-    EXPECT_EQ(std::vector<int>(px, px + 4), (std::vector<int>{77, 77, 77, 5}));
-  }
+// The HSV-to-RGB step of the definition: bad arguments write nothing; saturation 0 is
+// grey whatever the hue, and the fourth byte is left alone.
+TEST(PolarKernels, HsvToRgbArgumentsAndGrey) {
+  uint8_t px[4] = {9, 0, 77, 5};
+  EXPECT_EQ(polar::ScalarHsvToRgb(nullptr, 4, 1, 1), polar::kHsvNullImage);
+  EXPECT_EQ(polar::ScalarHsvToRgb(px, 4, 0, 1), polar::kHsvBadSize);
+  EXPECT_EQ(polar::ScalarHsvToRgb(px, 4, 1, -1), polar::kHsvBadSize);
+  EXPECT_EQ(polar::ScalarHsvToRgb(px, 4, 1, 1), polar::kHsvOk);
+  EXPECT_EQ(std::vector<int>(px, px + 4), (std::vector<int>{77, 77, 77, 5}));
 }
 
 }  // namespace
