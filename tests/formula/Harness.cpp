@@ -3,6 +3,20 @@
 
 namespace zet::test {
 
+int ExecuteCatching(IXInstrPlugin* instr, host::CZetExecContext& ctx, std::exception_ptr& thrown,
+                    std::string* what) {
+  thrown = nullptr;
+  try {
+    return instr->Execute(&ctx);
+  } catch (const std::exception& e) {
+    if (what) *what = e.what();
+    thrown = std::current_exception();
+  } catch (...) {
+    thrown = std::current_exception();
+  }
+  return 0;
+}
+
 host::CZetPluginModule& Module() {
   static host::CZetPluginModule module(ZET_TEST_PLUGIN);
   return module;
@@ -72,10 +86,8 @@ CRun Exec(const std::string& name, std::vector<CZetObject> inputs, const SRunOpt
     ctx.Param(static_cast<int>(i)) = opt.params[i];
   for (size_t i = 0; i < opt.outputs.size() && static_cast<int>(i) < ctx.OutputSlots(); ++i)
     ctx.Output(static_cast<int>(i)) = opt.outputs[i];
-  const host::SExecResult res = ctx.Run(instr);
-  r.status = res.status;
-  r.threw = res.threw;
-  r.exception = res.exception;
+  r.status = ExecuteCatching(instr, ctx, r.thrown, &r.exception);
+  r.threw = r.thrown != nullptr;
   for (int i = 0; i < ctx.OutputSlots(); ++i) r.outputs.push_back(ctx.Output(i));
   r.reports = ctx.Notify().reports;
   r.events = ctx.Notify().events;

@@ -14,6 +14,7 @@
 
 #include <gtest/gtest.h>
 
+#include <exception>
 #include <initializer_list>
 #include <memory>
 #include <string>
@@ -44,10 +45,24 @@ CZetObject BoolArr(std::initializer_list<bool> v);
 CZetObject PtArr(std::initializer_list<CZetPoint> v);  // PtArr({{1, 2}, {3, 4}})
 CZetObject LnArr(std::initializer_list<CZetLine> v);   // LnArr({{0.5, 10}}): angle first
 
+// True when `e` holds an exception of type E.
+template <class E>
+bool IsA(const std::exception_ptr& e) {
+  if (!e) return false;
+  try {
+    std::rethrow_exception(e);
+  } catch (const E&) {
+    return true;
+  } catch (...) {
+  }
+  return false;
+}
+
 struct CRun {
   int status = 0;
   bool threw = false;
-  std::string exception;
+  std::string exception;         // what() of what Execute threw
+  std::exception_ptr thrown;     // the exception itself
   std::vector<CZetObject> outputs;
   std::vector<host::SReport> reports;
   std::vector<host::SEvent> events;
@@ -55,7 +70,16 @@ struct CRun {
 
   const CZetObject& Out(int i) const { return outputs.at(static_cast<size_t>(i)); }
   const host::SReport& Report(int i) const { return reports.at(static_cast<size_t>(i)); }
+  // True when Execute threw an exception of type E.
+  template <class E>
+  bool Threw() const {
+    return IsA<E>(thrown);
+  }
 };
+
+// Execute on `ctx`; what it throws goes to `thrown` (and its text to `what`).
+int ExecuteCatching(IXInstrPlugin* instr, host::CZetExecContext& ctx, std::exception_ptr& thrown,
+                    std::string* what = nullptr);
 
 struct SRunOptions {
   std::vector<CZetObject> params;   // replaces parameters from index 0 on

@@ -4,6 +4,7 @@
 #include <cmath>
 #include <cstring>
 #include <limits>
+#include <stdexcept>
 
 #include "Harness.h"
 
@@ -137,8 +138,7 @@ TEST(Strings, GetAtAtTheLengthThrows) {
   for (const char* text : {"abc", ""}) {
     SCOPED_TRACE(text);
     const CRun r = Exec("GetAt", {V(text), V(static_cast<double>(std::strlen(text)))});
-    EXPECT_TRUE(r.threw);
-    EXPECT_NE(r.exception.find("basic_string"), std::string::npos) << r.exception;
+    EXPECT_TRUE(r.Threw<std::out_of_range>()) << r.exception;
   }
 }
 
@@ -151,25 +151,6 @@ TEST(Strings, PackOfAHundredThousandStrings) {
     want += s;
   }
   EXPECT_EQ(Exec("PackStr", {arr}).Out(0).AsString(), want);
-}
-
-TEST(Strings, TenMegabyteTexts) {
-  const size_t n = 10u << 20;
-  std::string big(n, 'a');
-  big[n - 1] = 'z';
-  const CZetObject text = V(big);
-  EXPECT_EQ(Exec("LenStr", {text}).Out(0).AsDouble(), static_cast<double>(n));
-  EXPECT_EQ(Exec("LeftStr", {text, V(k2p31 - 1)}).Out(0).AsString().size(), n);
-  EXPECT_EQ(Exec("RightStr", {text, V(1.0)}).Out(0).AsString(), "z");
-  EXPECT_EQ(Exec("FindStr", {text, V("az")}).Out(0).AsDouble(), static_cast<double>(n - 2));
-  EXPECT_EQ(Exec("FindStrNth", {text, V("a"), V(k2p31 - 1)}).Out(0).AsDouble(), -1.0);
-  EXPECT_EQ(Exec("GetAt", {text, V(static_cast<double>(n - 1))}).Out(0).AsDouble(), 'z');
-  EXPECT_EQ(Exec("CompStr", {text, text, V(false)}).Out(0).AsDouble(), 0.0);
-  EXPECT_EQ(Exec("ReplaceStr", {text, V("a"), V("bb")}).Out(0).AsString().size(), 2 * n - 1);
-  EXPECT_EQ(Exec("InsertAtStr", {text, V(1.0), text}).Out(0).AsString().size(), 2 * n);
-  const CRun words = Exec("GetWordLength", {text});
-  EXPECT_EQ(words.Out(1).AsDouble(), static_cast<double>(n));
-  EXPECT_EQ(Exec("CharToNum", {text}).Out(0).Get<CZetNumberVector>()->Size(), n);
 }
 
 }  // namespace
