@@ -3,7 +3,12 @@
 //
 // Decisions kept here:
 // - Files are recognised by their contents (the P5 or PNG signature), not their
-//   name; anything else is refused with a text naming the file.
+//   name; anything else is refused with a text naming the file. A file is read whole
+//   and decoded from memory (ImageDecode.h), which is also what the fuzzers drive.
+// - A declared size is checked against the file before any pixel memory is taken: a
+//   PGM must hold all its samples; a PNG's deflate stream cannot expand more than
+//   1032 times (a 258-byte match in 2 bits), so a PNG whose filtered rows exceed
+//   1032 times the file's size is refused, however few bytes declare it.
 // - PGM samples are kept as stored, without rescaling to the full range: a maxval of
 //   100 still gives 8-bit pixels 0..100. 16-bit samples are big-endian in the file
 //   and native (little-endian) in memory.
@@ -16,10 +21,11 @@
 //   byte is 0 (as in the instructions' colour images, whose fourth byte would read as
 //   a fully transparent alpha) and as RGBA otherwise, so reading the file back gives
 //   the same bytes either way.
-#include "zet/ZetHost.h"
+#include "ImageDecode.h"
 
 #include <openssl/evp.h>
 #include <png.h>
+#include <sys/stat.h>
 
 #include <cctype>
 #include <csetjmp>
@@ -51,19 +57,19 @@ std::string LowerExtension(const std::string& path) {
 // ---- PGM ----
 
 // Reads the next header number, skipping blanks and '#' comments.
-bool PgmNumber(const std::vector<uint8_t>& data, size_t& pos, long& value) {
-  while (pos < data.size()) {
+bool PgmNumber(const uint8_t* data, size_t size, size_t& pos, long& value) {
+  while (pos < size) {
     if (data[pos] == '#') {
-      while (pos < data.size() && data[pos] != '\n' && data[pos] != '\r') ++pos;
+      while (pos < size && data[pos] != '\n' && data[pos] != '\r') ++pos;
     } else if (std::isspace(data[pos])) {
       ++pos;
     } else {
       break;
     }
   }
-  if (pos >= data.size() || !std::isdigit(data[pos])) return false;
+  if (pos >= size || !std::isdigit(data[pos])) return false;
   value = 0;
-  while (pos < data.size() && std::isdigit(data[pos])) {
+  while (pos < size && std::isdigit(data[pos])) {
     value = value * 10 + (data[pos] - '0');
     if (value > 1000000) return false;
     ++pos;
@@ -71,11 +77,15 @@ bool PgmNumber(const std::vector<uint8_t>& data, size_t& pos, long& value) {
   return true;
 }
 
-std::string LoadPgm(const std::string& path, const std::vector<uint8_t>& data, CZetImage& image) {
+}  // namespace
+
+std::string DecodePgm(const std::string& path, const uint8_t* data, size_t size, CZetImage& image) {
+  image.Destroy();
+  if (size < 2 || data[0] != 'P' || data[1] != '5') return Quote(path) + " is not a binary PGM";
   size_t pos = 2;
   long width = 0, height = 0, maxval = 0;
-  if (!PgmNumber(data, pos, width) || !PgmNumber(data, pos, height) ||
-      !PgmNumber(data, pos, maxval) || pos >= data.size() || !std::isspace(data[pos]))
+  if (!PgmNumber(data, size, pos, width) || !PgmNumber(data, size, pos, height) ||
+      !PgmNumber(data, size, pos, maxval) || pos >= size || !std::isspace(data[pos]))
     return "bad PGM header in " + Quote(path);
   ++pos;  // the single blank after maxval
   if (width <= 0 || height <= 0) return "PGM " + Quote(path) + " has no pixels";
@@ -83,11 +93,11 @@ std::string LoadPgm(const std::string& path, const std::vector<uint8_t>& data, C
     return "PGM " + Quote(path) + ": maxval " + std::to_string(maxval) + " out of 1..65535";
   const int bpp = maxval <= 255 ? 1 : 2;
   const size_t need = static_cast<size_t>(width) * height * bpp;
-  if (data.size() - pos < need) return "PGM " + Quote(path) + " is truncated";
+  if (size - pos < need) return "PGM " + Quote(path) + " is truncated";
   if (image.Create(static_cast<int>(width), static_cast<int>(height),
                    bpp == 1 ? kZetImageMono8 : kZetImageMono16) != kZetImageOk)
     return "PGM " + Quote(path) + " is too large";
-  const uint8_t* src = data.data() + pos;
+  const uint8_t* src = data + pos;
   for (int y = 0; y < image.Height(); ++y, src += static_cast<size_t>(width) * bpp) {
     uint8_t* row = image.Row(y);
     if (bpp == 1) {
@@ -101,6 +111,8 @@ std::string LoadPgm(const std::string& path, const std::vector<uint8_t>& data, C
   }
   return "";
 }
+
+namespace {
 
 std::string SavePgm(const std::string& path, const CZetImage& image) {
   const int bpp = image.BytesPerPixel();
@@ -138,6 +150,24 @@ struct SPngState {
   char error[200] = "";
 };
 
+// The bytes a PNG is read from.
+struct SPngSource {
+  const uint8_t* data;
+  size_t size;
+  size_t pos = 0;
+};
+
+void PngRead(png_structp png, png_bytep out, size_t length) {
+  auto* src = static_cast<SPngSource*>(png_get_io_ptr(png));
+  if (src->size - src->pos < length) png_error(png, "file truncated");
+  std::memcpy(out, src->data + src->pos, length);
+  src->pos += length;
+}
+
+// Deflate expands at most 1032-fold: its longest match, 258 bytes, takes at least two
+// bits of the stream.
+constexpr uint64_t kMaxDeflateRatio = 1032;
+
 void PngError(png_structp png, png_const_charp msg) {
   auto* state = static_cast<SPngState*>(png_get_error_ptr(png));
   std::snprintf(state->error, sizeof state->error, "%s", msg);
@@ -147,7 +177,7 @@ void PngError(png_structp png, png_const_charp msg) {
 void PngWarning(png_structp, png_const_charp) {}
 
 // Decodes into `image`; returns false with state.error set on a libpng error.
-bool ReadPng(FILE* f, CZetImage& image, std::vector<png_bytep>& rows, SPngState& state) {
+bool ReadPng(SPngSource& src, CZetImage& image, std::vector<png_bytep>& rows, SPngState& state) {
   png_structp png = png_create_read_struct(PNG_LIBPNG_VER_STRING, &state, PngError, PngWarning);
   if (!png) {
     std::snprintf(state.error, sizeof state.error, "out of memory");
@@ -159,10 +189,19 @@ bool ReadPng(FILE* f, CZetImage& image, std::vector<png_bytep>& rows, SPngState&
     if (!state.error[0]) std::snprintf(state.error, sizeof state.error, "out of memory");
     return false;
   }
-  png_init_io(png, f);
+  png_set_read_fn(png, &src, PngRead);
   png_read_info(png, info);
   const png_uint_32 width = png_get_image_width(png, info);
   const png_uint_32 height = png_get_image_height(png, info);
+  // The filtered rows as stored (before any expansion), against what the file's
+  // bytes could inflate to at most.
+  const uint64_t stored = static_cast<uint64_t>(height) * (png_get_rowbytes(png, info) + 1);
+  if (stored / kMaxDeflateRatio > src.size) {
+    std::snprintf(state.error, sizeof state.error,
+                  "%u x %u pixels cannot be held in %zu bytes", width, height, src.size);
+    png_destroy_read_struct(&png, &info, nullptr);
+    return false;
+  }
   const int depth = png_get_bit_depth(png, info);
   const int colour = png_get_color_type(png, info);
   int attr = kZetImageColor32;
@@ -214,13 +253,6 @@ bool ReadPng(FILE* f, CZetImage& image, std::vector<png_bytep>& rows, SPngState&
   return true;
 }
 
-std::string LoadPng(const std::string& path, FILE* f, CZetImage& image) {
-  std::vector<png_bytep> rows;
-  SPngState state;
-  if (ReadPng(f, image, rows, state)) return "";
-  image.Destroy();
-  return "cannot read PNG " + Quote(path) + ": " + state.error;
-}
 
 bool AllFourthBytesZero(const CZetImage& image) {
   for (int y = 0; y < image.Height(); ++y) {
@@ -279,28 +311,38 @@ std::string SavePng(const std::string& path, const CZetImage& image) {
 
 }  // namespace
 
+std::string DecodePng(const std::string& path, const uint8_t* data, size_t size, CZetImage& image) {
+  image.Destroy();
+  SPngSource src{data, size};
+  std::vector<png_bytep> rows;
+  SPngState state;
+  if (ReadPng(src, image, rows, state)) return "";
+  image.Destroy();
+  return "cannot read PNG " + Quote(path) + ": " + state.error;
+}
+
+std::string DecodeImage(const std::string& path, const uint8_t* data, size_t size,
+                        CZetImage& image) {
+  image.Destroy();
+  if (size >= 8 && png_sig_cmp(data, 0, 8) == 0) return DecodePng(path, data, size, image);
+  if (size >= 2 && data[0] == 'P' && data[1] == '5') return DecodePgm(path, data, size, image);
+  if (size >= 2 && data[0] == 'P' && data[1] >= '1' && data[1] <= '7')
+    return "unsupported PNM variant P" + std::string(1, static_cast<char>(data[1])) + " in " +
+           Quote(path) + " (binary PGM, P5, only)";
+  return Quote(path) + " is neither a PGM (P5) nor a PNG image";
+}
+
 std::string LoadImageFile(const std::string& path, CZetImage& image) {
   image.Destroy();
   CFile f(std::fopen(path.c_str(), "rb"));
-  if (!f) return "cannot open image " + Quote(path);
-  uint8_t sig[8] = {};
-  const size_t got = std::fread(sig, 1, sizeof sig, f.get());
-  if (got == sizeof sig && png_sig_cmp(sig, 0, sizeof sig) == 0) {
-    std::rewind(f.get());
-    return LoadPng(path, f.get(), image);
-  }
-  if (got >= 2 && sig[0] == 'P' && sig[1] == '5') {
-    std::rewind(f.get());
-    std::vector<uint8_t> data;
-    uint8_t buf[65536];
-    size_t n;
-    while ((n = std::fread(buf, 1, sizeof buf, f.get())) > 0) data.insert(data.end(), buf, buf + n);
-    return LoadPgm(path, data, image);
-  }
-  if (got >= 2 && sig[0] == 'P' && sig[1] >= '1' && sig[1] <= '7')
-    return "unsupported PNM variant P" + std::string(1, static_cast<char>(sig[1])) + " in " +
-           Quote(path) + " (binary PGM, P5, only)";
-  return Quote(path) + " is neither a PGM (P5) nor a PNG image";
+  struct stat st {};
+  if (!f || fstat(fileno(f.get()), &st) != 0) return "cannot open image " + Quote(path);
+  // Only a regular file has a size to check a declared image against (and an end).
+  if (!S_ISREG(st.st_mode)) return "cannot read image " + Quote(path) + ": not a regular file";
+  std::vector<uint8_t> data(static_cast<size_t>(st.st_size));
+  if (std::fread(data.data(), 1, data.size(), f.get()) != data.size())
+    return "cannot read image " + Quote(path);
+  return DecodeImage(path, data.data(), data.size(), image);
 }
 
 std::string SaveImageFile(const std::string& path, const CZetImage& image) {

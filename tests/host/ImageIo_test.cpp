@@ -100,6 +100,13 @@ std::string Png(int w, char depth, char kind, const std::string& row,
          Chunk("IDAT", zlib) + Chunk("IEND", "");
 }
 
+// A 16-bit grey PNG that declares 30000 x 30000 pixels and holds one empty block.
+std::string HugePng() {
+  return "\x89PNG\r\n\x1a\n" +
+         Chunk("IHDR", Be32(30000) + Be32(30000) + '\x10' + std::string(4, '\0')) +
+         Chunk("IDAT", std::string("\x78\x01\x03\x00\x00\x00\x00\x01", 8)) + Chunk("IEND", "");
+}
+
 // PGM headers may hold comments and any whitespace; a maxval up to 255 gives 8-bit
 // pixels, above it 16-bit ones. Other PNG kinds are converted: palette to colour (with
 // alpha from tRNS), grey with alpha to grey, low bit depths expanded, 16-bit colour
@@ -148,6 +155,10 @@ TEST_F(ImageIo, Refusals) {
       {"empty.pgm", "P5 0 3 255\n", "no pixels"},
       {"header.pgm", "P5 1 x 255\n", "header"},
       {"broken.png", std::string("\x89PNG\r\n\x1a\n\0\0\0\x0dIHDRgarbage", 23), "PNG"},
+      {"cut.png", Png(3, 8, 0, "abc").substr(0, 40), "truncated"},
+      // 1.8 GB of 16-bit pixels declared by 70 bytes: refused before any pixel memory
+      // is taken (no deflate stream of 70 bytes inflates to 1.8 GB of rows).
+      {"huge.png", HugePng(), "30000 x 30000 pixels cannot be held in"},
   };
   for (const auto& c : cases) {
     SCOPED_TRACE(c.name);
@@ -160,6 +171,7 @@ TEST_F(ImageIo, Refusals) {
   }
   CZetImage none, colour, grey;
   EXPECT_NE(LoadImageFile(Path("missing.png"), none).find("missing.png"), std::string::npos);
+  EXPECT_NE(LoadImageFile("/dev/zero", none).find("not a regular file"), std::string::npos);
   Fill(colour, 3, 2, kZetImageColor32);
   Fill(grey, 3, 2, kZetImageMono8);
   EXPECT_NE(SaveImageFile(Path("c.pgm"), colour).find("grey"), std::string::npos);
