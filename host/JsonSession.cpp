@@ -167,16 +167,24 @@ struct CZetJsonSession::SImpl {
 CZetJsonSession::CZetJsonSession(CZetPluginModule& module) : m_impl(std::make_unique<SImpl>(module)) {}
 CZetJsonSession::~CZetJsonSession() = default;
 
+namespace {
+
+// Error texts may quote the request's own bytes (the parser's "last read"), which
+// need not be UTF-8: those bytes become U+FFFD instead of ending the session.
+std::string Dump(const Json& j) { return j.dump(-1, ' ', false, Json::error_handler_t::replace); }
+
+}  // namespace
+
 std::string CZetJsonSession::Handle(const std::string& line) {
   try {
     const Json req = Json::parse(line);
-    return m_impl->Run(req).dump();
+    return Dump(m_impl->Run(req));
   } catch (const SDecodeError& e) {
-    return Json{{"error", e.text}}.dump();
+    return Dump(Json{{"error", e.text}});
   } catch (const Json::parse_error& e) {
-    return Json{{"error", std::string("bad JSON: ") + e.what()}}.dump();
+    return Dump(Json{{"error", std::string("bad JSON: ") + e.what()}});
   } catch (const std::exception& e) {
-    return Json{{"error", e.what()}}.dump();
+    return Dump(Json{{"error", e.what()}});
   }
 }
 
