@@ -5,7 +5,6 @@
 #include <gtest/gtest.h>
 
 #include <cstdio>
-#include <cstring>
 #include <memory>
 #include <set>
 #include <string>
@@ -92,20 +91,6 @@ TEST(Lifecycle, HundredCyclesWithParallelWork) {
 TEST(Lifecycle, LoaderErrors) {
   EXPECT_THROW(zet::host::CZetPluginModule("/nonexistent/ZetFormulaLib.so"), std::runtime_error);
   EXPECT_THROW(zet::host::CZetPluginModule("libc.so.6"), std::runtime_error);
-}
-
-TEST(Lifecycle, OnlyTheEntryPointIsExported) {
-  FILE* p = popen((std::string("nm -D --defined-only ") + ZET_TEST_PLUGIN).c_str(), "r");
-  ASSERT_NE(p, nullptr);
-  int symbols = 0;
-  for (char line[512]; fgets(line, sizeof line, p); ++symbols) {
-    const std::string s(line, std::strcspn(line, "\n"));
-    const std::string name = s.substr(s.rfind(' ') + 1);
-    if (name != "ZetPluginLibGet" && !name.starts_with("__") && name != "_init" && name != "_fini")
-      ADD_FAILURE() << "exported: " << name;
-  }
-  pclose(p);
-  EXPECT_GT(symbols, 0) << "nm gave nothing";
 }
 
 }  // namespace
