@@ -80,11 +80,11 @@ TEST(Strings, Table) {
       {"ReplaceStr", {V("aaa"), V("aa"), V("b")}, V("ba")},
       {"ReplaceStr", {V("abcabc"), V("b"), V("")}, V("acac")},
       {"ReplaceStr", {V("abc"), V(""), V("x")}, V("abc")},
-      {"GetAt", {V("abc"), V(0.0)}, V(97.0)},
-      {"GetAt", {V("abc"), V(2.9)}, V(99.0)},
-      {"GetAt", {V("\xE9"), V(0.0)}, V(-23.0)},
-      {"GetAt", {V("abc"), V(4.0)}, V(-1.0)},
-      {"GetAt", {V("abc"), V(-1.0)}, V("prev")},
+      {"_Zet_String_CGetAt_", {V("abc"), V(0.0)}, V(97.0)},
+      {"_Zet_String_CGetAt_", {V("abc"), V(2.9)}, V(99.0)},
+      {"_Zet_String_CGetAt_", {V("\xE9"), V(0.0)}, V(-23.0)},
+      {"_Zet_String_CGetAt_", {V("abc"), V(4.0)}, V(-1.0)},
+      {"_Zet_String_CGetAt_", {V("abc"), V(-1.0)}, V("prev")},
       {"SetAtStr", {V("abc"), V(1.0), V(88.0)}, V("aXc")},
       {"SetAtStr", {V("abc"), V(1.0), V(256 + 88.0)}, V("aXc")},
       {"SetAtStr", {V("abc"), V(1.0), V(0.0)}, V("a")},  // the text ends at a zero byte
@@ -136,7 +136,7 @@ TEST(Strings, WordLength) {
 TEST(Strings, GetAtAtTheLengthThrows) {
   for (const char* text : {"abc", ""}) {
     SCOPED_TRACE(text);
-    const CRun r = Exec("GetAt", {V(text), V(static_cast<double>(std::strlen(text)))});
+    const CRun r = Exec("_Zet_String_CGetAt_", {V(text), V(static_cast<double>(std::strlen(text)))});
     EXPECT_TRUE(r.threw);
     EXPECT_NE(r.exception.find("basic_string"), std::string::npos) << r.exception;
   }
@@ -163,7 +163,7 @@ TEST(Strings, TenMegabyteTexts) {
   EXPECT_EQ(Exec("RightStr", {text, V(1.0)}).Out(0).AsString(), "z");
   EXPECT_EQ(Exec("FindStr", {text, V("az")}).Out(0).AsDouble(), static_cast<double>(n - 2));
   EXPECT_EQ(Exec("FindStrNth", {text, V("a"), V(k2p31 - 1)}).Out(0).AsDouble(), -1.0);
-  EXPECT_EQ(Exec("GetAt", {text, V(static_cast<double>(n - 1))}).Out(0).AsDouble(), 'z');
+  EXPECT_EQ(Exec("_Zet_String_CGetAt_", {text, V(static_cast<double>(n - 1))}).Out(0).AsDouble(), 'z');
   EXPECT_EQ(Exec("CompStr", {text, text, V(false)}).Out(0).AsDouble(), 0.0);
   EXPECT_EQ(Exec("ReplaceStr", {text, V("a"), V("bb")}).Out(0).AsString().size(), 2 * n - 1);
   EXPECT_EQ(Exec("InsertAtStr", {text, V(1.0), text}).Out(0).AsString().size(), 2 * n);
