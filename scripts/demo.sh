@@ -21,7 +21,7 @@ while IFS= read -r line; do
   echo "> $line"
   echo "$line" | $zet --angle-unit degrees exec
 done <<'REQUESTS'
-{"instr": "Add", "inputs": [1, 2, 3.5]}
+{"instr": "_Zet_Numeric_AddNumbers_", "inputs": [1, 2, 3.5]}
 {"instr": "Divide", "inputs": [1, 0], "outputs": [42]}
 {"instr": "Sin", "inputs": [90]}
 {"instr": "Cpk", "inputs": [10, 0, 4, 5, 6]}

@@ -217,6 +217,18 @@ class ZET_PLATFORM_API CZetHandle : public TZetValue<CZetHandle, ZET_OBJ_HANDLE>
 
 // Vectors refuse to grow beyond this many bytes of elements: Resize, Insert and
 // PushBack then return false and leave the vector as it was.
+//
+// Positions and counts are unsigned, so the values that the array instructions pass
+// on without a test of their own arrive here as follows, and each is refused with the
+// vector left as it was (the instruction then returns 3 and leaves its output alone):
+// - a negative count (InsertRep, CreateRep, and the point AppendRep, which reads its
+//   count as unsigned on purpose) is 2^32 minus its magnitude, beyond the cap of every
+//   element type: Insert refuses it before allocating anything;
+// - an insert position past the end (Insert tests only for a negative index, and the
+//   point Insert tests nothing, so a negative one arrives as a huge position): Insert
+//   refuses pos > Size(), whatever the count;
+// - a negative start of a range erase (EraseRange lets it through for every type but
+//   points) is a huge position: Erase refuses pos > Size().
 inline constexpr size_t kZetMaxVectorBytes = size_t{1} << 30;
 
 template <class T, int kCode>
@@ -245,11 +257,13 @@ class TZetVector : public TZetValue<TZetVector<T, kCode>, static_cast<ZET_OBJ_TY
     m_v.push_back(value);
     return true;
   }
-  // Removes `count` elements from `pos`, clipped to the end.
-  void Erase(unsigned pos, unsigned count) {
-    if (pos >= m_v.size()) return;
+  // Removes `count` elements from `pos`, clipped to the end; refuses (false) a
+  // position past the end.
+  bool Erase(unsigned pos, unsigned count) {
+    if (pos > m_v.size()) return false;
     const size_t n = std::min<size_t>(count, m_v.size() - pos);
     m_v.erase(m_v.begin() + pos, m_v.begin() + pos + n);
+    return true;
   }
   T* GetStorage() { return m_v.data(); }
   const T* GetStorage() const { return m_v.data(); }

@@ -4,7 +4,7 @@
 //   CRun r = Exec("Divide", {1.0, 0.0});           // by display name or identifier
 //   EXPECT_EQ(r.status, 3);
 //   EXPECT_EQ(r.Report(0).text, "Division by zero");
-//   CRun s = Exec("Add", {1.0, 2.0, 3.0});          // variadic: the count is the list size
+//   CRun s = Exec("_Zet_Numeric_AddNumbers_", {1.0, 2.0, 3.0});  // variadic: the count is the list size
 //   EXPECT_EQ(s.Out(0).AsDouble(), 6.0);
 //
 // Values are CZetObjects built with V(...): V(1.5), V(true), V("text"),

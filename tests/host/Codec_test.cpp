@@ -29,15 +29,15 @@ TEST(JsonSession, RequestErrorsKeepTheSessionGoing) {
     const char* starts;
   } cases[] = {
       {"", R"({"error":"bad JSON)"},
-      {R"({"instr": "Add", "inputs": [{"x": 1}]})", R"({"error":"input 0: expected a number)"},
-      {R"({"instr": "Add", "inputs": 5})", R"({"error":"\"inputs\" must be a list)"},
-      {R"({"instr": "Add", "params": [1]})", R"({"error":"too many params)"},
-      {R"({"instr": "Add", "params": {"nope": 1}})", R"({"error":"unknown parameter 'nope')"},
-      {R"({"instr": "Add", "settings": {"angle_unit": "grads"}})", R"({"error":"settings)"},
+      {R"({"instr": "_Zet_Numeric_AddNumbers_", "inputs": [{"x": 1}]})", R"({"error":"input 0: expected a number)"},
+      {R"({"instr": "_Zet_Numeric_AddNumbers_", "inputs": 5})", R"({"error":"\"inputs\" must be a list)"},
+      {R"({"instr": "_Zet_Numeric_AddNumbers_", "params": [1]})", R"({"error":"too many params)"},
+      {R"({"instr": "_Zet_Numeric_AddNumbers_", "params": {"nope": 1}})", R"({"error":"unknown parameter 'nope')"},
+      {R"({"instr": "_Zet_Numeric_AddNumbers_", "settings": {"angle_unit": "grads"}})", R"({"error":"settings)"},
       {R"({"instr": "Divide", "outputs": [1, 2]})", R"({"error":"\"outputs\" must be)"},
-      {R"({"instr": "Add", "inputs": [1, 2], "save": {"0": "/tmp/x.png"}})",
+      {R"({"instr": "_Zet_Numeric_AddNumbers_", "inputs": [1, 2], "save": {"0": "/tmp/x.png"}})",
        R"({"status":0,"outputs":[3.0])"},
-      {R"({"instr": "Add", "inputs": [1e308, 1e308]})", R"({"status":0,"outputs":["Infinity"])"},
+      {R"({"instr": "_Zet_Numeric_AddNumbers_", "inputs": [1e308, 1e308]})", R"({"status":0,"outputs":["Infinity"])"},
       {R"({"instr": 0})", R"({"error":"no instruction at position 0)"},
       {R"({"instr": "7"})", R"({"status":0,"outputs":[0.0])"},  // position as text
   };

@@ -58,7 +58,7 @@ TEST(Lifecycle, HundredLoadUnloadCycles) {
     zet::host::CZetPluginModule module(ZET_TEST_PLUGIN);
     ASSERT_EQ(module.Count(), count);
     zet::host::CZetJsonSession session(module);
-    const std::string r = session.Handle(R"({"instr": "Add", "inputs": [1, 2]})");
+    const std::string r = session.Handle(R"({"instr": "_Zet_Numeric_AddNumbers_", "inputs": [1, 2]})");
     ASSERT_EQ(r.rfind(R"({"status":0,"outputs":[3.0])", 0), 0u) << r;
   }
 }

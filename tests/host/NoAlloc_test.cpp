@@ -29,7 +29,7 @@ namespace {
 
 TEST(NoAlloc, ScalarInstructionsThroughTheContext) {
   zet::host::CZetPluginModule module(ZET_TEST_PLUGIN);
-  for (const char* name : {"Add", "Divide", "Round", "Subtract", "Sqrt"}) {
+  for (const char* name : {"_Zet_Numeric_AddNumbers_", "Divide", "Round", "_Zet_Numeric_SubtractNumbers_", "Sqrt"}) {
     SCOPED_TRACE(name);
     IXInstrPlugin* instr = module.At(module.Find(name));
     zet::host::CZetExecContext ctx;

@@ -112,7 +112,11 @@ TEST(ZetObject, VectorInsertAndCap) {
   EXPECT_FALSE(v.Resize(0xFFFFFFFFu));
   EXPECT_FALSE(v.Insert(0, 0xFFFFFFFFu, 0.0));
   EXPECT_EQ(v.Size(), 4u);
-  v.Erase(1, 100);
+  EXPECT_FALSE(v.Erase(5, 1));            // past the end
+  EXPECT_FALSE(v.Erase(0xFFFFFFFEu, 4));  // a negative start, as an unsigned position
+  EXPECT_EQ(v.Size(), 4u);
+  EXPECT_TRUE(v.Erase(4, 2));  // at the end: nothing to remove
+  EXPECT_TRUE(v.Erase(1, 100));
   EXPECT_EQ(v.Size(), 1u);
 }
 

@@ -21,9 +21,9 @@ TEST(Arithmetic, Table) {
     std::vector<double> in;
     double out;
   } cases[] = {
-      {"Add", {1, 2, 3}, 6},            {"Add", {}, 0},
-      {"Subtract", {10, 3, 2}, 5},      {"Subtract", {4}, 4},
-      {"Multiply", {2, 3, 4}, 24},      {"Multiply", {}, 1},
+      {"_Zet_Numeric_AddNumbers_", {1, 2, 3}, 6},            {"_Zet_Numeric_AddNumbers_", {}, 0},
+      {"_Zet_Numeric_SubtractNumbers_", {10, 3, 2}, 5},      {"_Zet_Numeric_SubtractNumbers_", {4}, 4},
+      {"_Zet_Numeric_MultiplyNumbers_", {2, 3, 4}, 24},      {"_Zet_Numeric_MultiplyNumbers_", {}, 1},
       {"Increment", {1.5}, 2.5},        {"Decrement", {1.5}, 0.5},
       {"Divide", {1, 4}, 0.25},         {"Divide", {1, kNaN}, kNaN},  // a NaN divides
       {"Max2", {1, 2}, 2},              {"Min2", {3, 2}, 2},

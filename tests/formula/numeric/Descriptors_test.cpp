@@ -24,14 +24,14 @@ TEST(NumericDescriptors, IrregularIdentifiers) {
 TEST(NumericDescriptors, VariadicFlagsAndDefaultsOfOne) {
   std::string variadic;
   for (const char* instr :
-       {"Add",    "Subtract", "Multiply", "Divide",      "Max2", "Min",       "MinArr",
+       {"_Zet_Numeric_AddNumbers_", "_Zet_Numeric_SubtractNumbers_", "_Zet_Numeric_MultiplyNumbers_", "Divide",      "Max2", "Min",       "MinArr",
         "Mean",   "MeanArr",  "Variance", "VarianceArr", "Cp",   "CpArr",     "Cpk",
         "CpkArr", "NOT",      "AND",      "OR",          "XOR",  "SetBoolean"}) {
-    if (InfoOf(instr).variadic) variadic += std::string(instr) + ' ';
+    if (InfoOf(instr).variadic) variadic += std::string(InfoOf(instr).name) + ' ';
   }
   EXPECT_EQ(variadic, "Add Subtract Multiply Min Mean Variance Cp Cpk AND OR XOR ");
   // An unwired factor, denominator or exponent leaves the other operand as it is.
-  for (const char* instr : {"Multiply", "Divide", "Pow", "Integer Divide", "Remainder"})
+  for (const char* instr : {"_Zet_Numeric_MultiplyNumbers_", "Divide", "Pow", "Integer Divide", "Remainder"})
     EXPECT_EQ(InfoOf(instr).inputs.back().defaultValue.AsDouble(), 1.0) << instr;
 }
 

@@ -81,11 +81,11 @@ TEST(Strings, Table) {
       {"ReplaceStr", {V("aaa"), V("aa"), V("b")}, V("ba")},
       {"ReplaceStr", {V("abcabc"), V("b"), V("")}, V("acac")},
       {"ReplaceStr", {V("abc"), V(""), V("x")}, V("abc")},
-      {"GetAt", {V("abc"), V(0.0)}, V(97.0)},
-      {"GetAt", {V("abc"), V(2.9)}, V(99.0)},
-      {"GetAt", {V("\xE9"), V(0.0)}, V(-23.0)},
-      {"GetAt", {V("abc"), V(4.0)}, V(-1.0)},
-      {"GetAt", {V("abc"), V(-1.0)}, V("prev")},
+      {"_Zet_String_CGetAt_", {V("abc"), V(0.0)}, V(97.0)},
+      {"_Zet_String_CGetAt_", {V("abc"), V(2.9)}, V(99.0)},
+      {"_Zet_String_CGetAt_", {V("\xE9"), V(0.0)}, V(-23.0)},
+      {"_Zet_String_CGetAt_", {V("abc"), V(4.0)}, V(-1.0)},
+      {"_Zet_String_CGetAt_", {V("abc"), V(-1.0)}, V("prev")},
       {"SetAtStr", {V("abc"), V(1.0), V(88.0)}, V("aXc")},
       {"SetAtStr", {V("abc"), V(1.0), V(256 + 88.0)}, V("aXc")},
       {"SetAtStr", {V("abc"), V(1.0), V(0.0)}, V("a")},  // the text ends at a zero byte
@@ -137,7 +137,7 @@ TEST(Strings, WordLength) {
 TEST(Strings, GetAtAtTheLengthThrows) {
   for (const char* text : {"abc", ""}) {
     SCOPED_TRACE(text);
-    const CRun r = Exec("GetAt", {V(text), V(static_cast<double>(std::strlen(text)))});
+    const CRun r = Exec("_Zet_String_CGetAt_", {V(text), V(static_cast<double>(std::strlen(text)))});
     EXPECT_TRUE(r.Threw<std::out_of_range>()) << r.exception;
   }
 }

@@ -1,0 +1,335 @@
+// CorrelateCircular: the normalized correlation of a template T (the shorter array, t
+// values) with every circular window of a search array S (s values). Defined per
+// window W = S[k .. k + t - 1] (wrapping round) by sequential sums:
+//   mW = sum(W) / t, Swt = sum((W - mW)(T - mT)), Sww = sum((W - mW)^2),
+//   score = Swt / (sqrt(Sww) dT), or 0 counted as invalid when that denominator is 0.
+//
+// Done literally that costs s * t. Here the cross sums of every window come from one
+// FFT correlation (or a direct product for short templates) of S shifted by its mean,
+// and each window's sum and sum of squares slide along in double-double arithmetic.
+// An estimate of how far that result and the definition's own rounding can be apart
+// decides per window whether the fast score is kept (within kBudget) or the window
+// is computed exactly as the definition does it: windows that are constant or nearly
+// so, hold huge or tiny values, or whose spread is small against their offset. So
+// the invalid windows, their zero scores and every non-finite score are the
+// definition's exactly, and the other scores agree with it to about 1e-13.
+#include <bit>
+#include <cmath>
+#include <cstdint>
+#include <cstring>
+#include <vector>
+
+#include "arrays/ArrayCommon.h"
+#include "arrays/Fft.h"
+
+namespace zet {
+namespace {
+
+constexpr double kU = 0x1p-53;       // the unit roundoff
+constexpr double kHuge = 0x1p200;    // larger magnitudes may overflow the definition's sums
+constexpr double kTinyDev = 0x1p-200;  // smaller deviations may underflow its squares
+constexpr double kBudget = 1e-13;    // the estimated difference a fast score may have
+constexpr size_t kDirectUpTo = 32;   // templates this short are correlated directly
+constexpr double kFftErrorScale = 4.0;  // FFT error per stage, in units of kU * norms
+
+// ---- double-double arithmetic (exact sums and squares, products to ~kU^2) ----
+
+struct SDd {
+  double hi = 0.0;
+  double lo = 0.0;
+};
+
+SDd TwoSum(double a, double b) {
+  const double s = a + b;
+  const double bb = s - a;
+  return {s, (a - (s - bb)) + (b - bb)};
+}
+
+SDd Renorm(double hi, double lo) {
+  const double s = hi + lo;
+  return {s, lo - (s - hi)};
+}
+
+SDd Add(SDd x, SDd y) {
+  const SDd s = TwoSum(x.hi, y.hi);
+  return Renorm(s.hi, s.lo + (x.lo + y.lo));
+}
+
+SDd Neg(SDd x) { return {-x.hi, -x.lo}; }
+
+// Veltkamp's split: a = hi + lo with 26-bit halves (|a| below 2^996).
+void Split(double a, double& hi, double& lo) {
+  const double c = 134217729.0 * a;
+  hi = c - (c - a);
+  lo = a - hi;
+}
+
+SDd TwoProd(double a, double b) {
+  double ah, al, bh, bl;
+  Split(a, ah, al);
+  Split(b, bh, bl);
+  const double p = a * b;
+  return {p, ((ah * bh - p) + ah * bl + al * bh) + al * bl};
+}
+
+SDd Mul(SDd x, SDd y) {
+  const SDd p = TwoProd(x.hi, y.hi);
+  return Renorm(p.hi, p.lo + (x.hi * y.lo + x.lo * y.hi));
+}
+
+SDd Div(SDd x, double d) {
+  const double q1 = x.hi / d;
+  const SDd r = Add(x, Neg(TwoProd(q1, d)));
+  return Renorm(q1, r.hi / d);
+}
+
+// ---- the definition ----
+
+struct SScore {
+  double score;
+  bool invalid;
+};
+
+// One window w[0 .. t - 1] against the template's deviations tp (T - mT) and norm dT.
+SScore DefinitionWindow(const double* w, const double* tp, size_t t, double dT) {
+  double sum = 0.0;
+  for (size_t i = 0; i < t; ++i) sum += w[i];
+  const double mw = sum / static_cast<double>(t);
+  double swt = 0.0, sww = 0.0;
+  for (size_t i = 0; i < t; ++i) {
+    const double d = w[i] - mw;
+    swt += d * tp[i];
+    sww += d * d;
+  }
+  const double den = std::sqrt(sww) * dT;
+  if (den == 0.0) return {0.0, true};
+  return {swt / den, false};
+}
+
+bool SameBits(double a, double b) { return std::memcmp(&a, &b, sizeof a) == 0; }
+
+// x[k] = sum_i v[k + i] tp[i] for k < s, by one complex FFT of v and the reversed
+// template packed as real and imaginary parts. The template is scaled by a power of
+// two to the norm of v first, so neither part's rounding swamps the other.
+std::vector<double> FftCorrelation(const std::vector<double>& v, const std::vector<double>& tp,
+                                   size_t s, double vNorm, double tNorm) {
+  const size_t t = tp.size();
+  const size_t n = std::bit_ceil(s + t - 1);
+  const int scale = tNorm > 0.0 && vNorm > 0.0 ? std::ilogb(vNorm) - std::ilogb(tNorm) : 0;
+  std::vector<SComplex> z(n);
+  for (size_t j = 0; j < s + t - 1; ++j) z[j].re = v[j];
+  for (size_t i = 0; i < t; ++i) z[t - 1 - i].im = std::ldexp(tp[i], scale);
+  ForwardFft(z.data(), n);
+  // Spectra of the two parts: V = (Z[k] + conj Z[-k]) / 2, R = (Z[k] - conj Z[-k]) / 2i;
+  // their product is kept conjugated, so that a forward transform inverts it.
+  for (size_t k = 0; k <= n / 2; ++k) {
+    const size_t m = (n - k) & (n - 1);
+    const SComplex a = z[k], b = z[m];
+    const double vr = 0.5 * (a.re + b.re), vi = 0.5 * (a.im - b.im);
+    const double rr = 0.5 * (a.im + b.im), ri = -0.5 * (a.re - b.re);
+    const double pr = vr * rr - vi * ri, pi = vr * ri + vi * rr;
+    z[k] = {pr, -pi};
+    z[m] = {pr, pi};
+  }
+  ForwardFft(z.data(), n);
+  std::vector<double> x(s);
+  const double unscale = std::ldexp(1.0 / static_cast<double>(n), -scale);
+  for (size_t k = 0; k < s; ++k) x[k] = z[k + t - 1].re * unscale;
+  return x;
+}
+
+struct SResult {
+  std::vector<double> scores;
+  size_t invalid = 0;
+};
+
+// The scores of every window start k of the search array (not yet aligned).
+SResult Correlate(const std::vector<double>& search, const std::vector<double>& tmpl) {
+  const size_t s = search.size(), t = tmpl.size();
+  const double tf = static_cast<double>(t);
+  SResult r;
+  r.scores.assign(s, 0.0);
+
+  // The template exactly as the definition computes it.
+  double sumT = 0.0;
+  for (double x : tmpl) sumT += x;
+  const double mT = sumT / tf;
+  std::vector<double> tp(t);
+  double sqT = 0.0, maxT = 0.0;
+  bool finiteT = true;
+  SDd tau;
+  for (size_t i = 0; i < t; ++i) {
+    tp[i] = tmpl[i] - mT;
+    sqT += tp[i] * tp[i];
+    tau = Add(tau, {tp[i], 0.0});
+    finiteT = finiteT && std::isfinite(tmpl[i]);
+    maxT = std::fmax(maxT, std::fabs(tmpl[i]));
+  }
+  const double dT = std::sqrt(sqT);
+  if (!finiteT) {  // every window then has a NaN denominator and a NaN score
+    r.scores.assign(s, std::nan(""));
+    return r;
+  }
+  const bool fastTemplate = maxT <= kHuge && dT >= kTinyDev;
+
+  // The buffer of the definition: S followed by its first t - 1 values again.
+  std::vector<double> b(search);
+  b.insert(b.end(), search.begin(), search.begin() + static_cast<ptrdiff_t>(t - 1));
+  const auto plain = [](double x) { return std::isfinite(x) && std::fabs(x) <= kHuge; };
+
+  // V = B - c over the plain values (0 elsewhere), c their mean.
+  double sumPlain = 0.0;
+  size_t nPlain = 0;
+  for (size_t j = 0; j < s; ++j)
+    if (plain(search[j])) {
+      sumPlain += search[j];
+      ++nPlain;
+    }
+  const double c = nPlain ? sumPlain / static_cast<double>(nPlain) : 0.0;
+  std::vector<double> v(b.size());
+  double vSq = 0.0;
+  for (size_t j = 0; j < b.size(); ++j) {
+    v[j] = plain(b[j]) ? b[j] - c : 0.0;
+    vSq += v[j] * v[j];
+  }
+  const double vNorm = std::sqrt(vSq);
+  const bool direct = t <= kDirectUpTo;
+  std::vector<double> x;
+  double fftError = 0.0;  // absolute error estimate of x, over dT
+  if (fastTemplate && dT != 0.0 && !direct) {
+    x = FftCorrelation(v, tp, s, vNorm, dT);
+    fftError = kFftErrorScale * kU * std::log2(2.0 * static_cast<double>(v.size())) * vNorm;
+  }
+
+  // Sliding state of window k: sums of V, V^2 and |B| over its plain values, and the
+  // counts of its non-finite values, its huge values and its adjacent unequal pairs.
+  SDd sumV, sumSq, sumAbs;
+  int64_t nonFinite = 0, huge = 0, changes = 0;
+  const auto slide = [&](size_t j, int sign) {
+    if (!std::isfinite(b[j])) {
+      nonFinite += sign;
+    } else if (!plain(b[j])) {
+      huge += sign;
+    } else {
+      const SDd sq = TwoProd(v[j], v[j]);
+      sumV = Add(sumV, {sign * v[j], 0.0});
+      sumSq = Add(sumSq, sign > 0 ? sq : Neg(sq));
+      sumAbs = Add(sumAbs, {sign * std::fabs(b[j]), 0.0});
+    }
+  };
+  for (size_t i = 0; i < t; ++i) slide(i, 1);
+  for (size_t i = 0; i + 1 < t; ++i) changes += !SameBits(b[i], b[i + 1]);
+  // A constant window's exact score depends on its value only.
+  bool haveCached = false;
+  double cachedValue = 0.0;
+  SScore cached{0.0, false};
+
+  for (size_t k = 0; k < s; ++k) {
+    if (k > 0) {
+      slide(k - 1, -1);
+      slide(k + t - 1, 1);
+      if (t > 1) changes += !SameBits(b[k + t - 2], b[k + t - 1]) - !SameBits(b[k - 1], b[k]);
+    }
+    SScore sc{0.0, false};
+    bool exact = false;
+    if (nonFinite > 0) {
+      sc.score = std::nan("");  // the window's mean, and so its sums, are NaN
+    } else if (dT == 0.0 && huge == 0) {
+      sc.invalid = true;  // a finite sqrt(Sww) times 0
+    } else if (dT == 0.0 || !fastTemplate || huge > 0) {
+      exact = true;
+    } else {
+      const SDd sww = Add(sumSq, Neg(Div(Mul(sumV, sumV), tf)));
+      const double swwF = sww.hi + sww.lo;
+      exact = !(swwF >= kTinyDev * kTinyDev);
+      if (!exact) {
+        const double sw = std::sqrt(swwF);
+        const double qv = std::sqrt(sumSq.hi + sumSq.lo);
+        double cross = 0.0, crossError = fftError;  // error over dT
+        if (direct) {
+          for (size_t i = 0; i < t; ++i) cross += v[k + i] * tp[i];
+          crossError = tf * kU * qv;
+        } else {
+          cross = x[k];
+        }
+        // sum((W - mW) tp) = sum(V tp) - mean(V) sum(tp).
+        const double meanV = (sumV.hi + sumV.lo) / tf;
+        sc.score = (cross - meanV * (tau.hi + tau.lo)) / (sw * dT);
+        // Beside the cross sum's error: the rounding of V, and the definition's
+        // rounded mean, off by at most delta, which moves Swt by delta sum(tp) and
+        // Sww by t delta^2.
+        const double delta = kU * (sumAbs.hi + sumAbs.lo);
+        const double est = crossError / sw + kU * qv / sw * (1.0 + std::fabs(sc.score)) +
+                           delta * std::fabs(tau.hi) / (sw * dT) +
+                           0.5 * tf * (delta / sw) * (delta / sw);
+        exact = !(est <= kBudget);
+      }
+    }
+    if (exact) {
+      if (changes == 0 && haveCached && SameBits(b[k], cachedValue)) {
+        sc = cached;
+      } else {
+        sc = DefinitionWindow(&b[k], tp.data(), t, dT);
+        if (changes == 0) {
+          haveCached = true;
+          cachedValue = b[k];
+          cached = sc;
+        }
+      }
+    }
+    r.scores[k] = sc.score;
+    r.invalid += sc.invalid;
+  }
+  return r;
+}
+
+class CNArrMathCorrelateCircular final : public TInstr<CNArrMathCorrelateCircular> {
+ public:
+  static void Describe(CDescriber& d) {
+    d.Name("CorrelateCircular").Category(kNumberArrays)
+        .Ident("_Zet_Array_CNArrMathCorrelateCircular_", 460282)
+        .Description(
+            "Output array of normalized correlations between circular template and search arrays")
+        .Input(kTypeNumberArray, "array_1", {}, "First input array of numbers")
+        .Input(kTypeNumberArray, "array_2", {}, "Second input array of numbers")
+        .Input(kTypeBool, "align scores", true,
+               "If true, align array of correlation                 scores with smaller input "
+               "array center position")
+        .Output(kTypeNumberArray, "correlation scores")
+        .Output(kTypeNumber, "template size")
+        .Output(kTypeNumber, "# invalid");
+  }
+  int Execute(IXInstrContext* ctx) override {
+    CArgs a(ctx);
+    const std::vector<double>& x1 = a.Get<CZetNumberVector>(0).Std();
+    const std::vector<double>& x2 = a.Get<CZetNumberVector>(1).Std();
+    const bool align = a.Bool(2);
+    if (x1.empty() || x2.empty()) {
+      a.Report(kReportWarning, "CorrelateCircular", "No array values to correlate!");
+      SizedOut(a, 0, 0);
+      a.Out(1) = 0.0;
+      a.Out(2) = 0.0;
+      return kOk;
+    }
+    // The shorter array is the template; array_1 when the lengths are equal.
+    const bool firstIsSearch = x1.size() > x2.size();
+    const std::vector<double>& search = firstIsSearch ? x1 : x2;
+    const std::vector<double>& tmpl = firstIsSearch ? x2 : x1;
+    const size_t s = search.size(), t = tmpl.size();
+    SResult r = Correlate(search, tmpl);
+    // Aligned, the score of window k stands at the template's centre, k + t / 2.
+    const size_t shift = align && t > 2 ? t / 2 % s : 0;
+    double* out = SizedOut(a, 0, s);
+    std::copy(r.scores.begin(), r.scores.end() - static_cast<ptrdiff_t>(shift), out + shift);
+    std::copy(r.scores.end() - static_cast<ptrdiff_t>(shift), r.scores.end(), out);
+    a.Out(1) = static_cast<double>(t);
+    a.Out(2) = static_cast<double>(r.invalid);
+    return kOk;
+  }
+};
+
+}  // namespace
+}  // namespace zet
+
+using namespace zet;  // NOLINT: the factories name the class above
+ZET_FACTORY(CNArrMathCorrelateCircular)
