@@ -1,0 +1,46 @@
+// A fresh folder under the test temporary folder, removed with everything in it at
+// the end of the test.
+#pragma once
+
+#include <gtest/gtest.h>
+#include <stdlib.h>
+
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <string>
+
+namespace zet::test {
+
+class CTempDir {
+ public:
+  explicit CTempDir(const std::filesystem::path& parent = testing::TempDir()) {
+    std::string name = (parent / "zet-XXXXXX").string();
+    if (mkdtemp(name.data())) m_path = name;
+    EXPECT_FALSE(m_path.empty()) << "cannot create a folder in " << parent;
+  }
+  ~CTempDir() {
+    std::error_code ec;
+    if (!m_path.empty()) std::filesystem::remove_all(m_path, ec);
+  }
+  CTempDir(const CTempDir&) = delete;
+  CTempDir& operator=(const CTempDir&) = delete;
+
+  const std::filesystem::path& Path() const { return m_path; }
+  // The path of `name` inside, as text.
+  std::string operator/(const std::string& name) const { return (m_path / name).string(); }
+
+ private:
+  std::filesystem::path m_path;
+};
+
+inline void WriteFile(const std::filesystem::path& p, const std::string& text) {
+  std::ofstream(p, std::ios::binary) << text;
+}
+
+inline std::string ReadFile(const std::filesystem::path& p) {
+  std::ifstream in(p, std::ios::binary);
+  return std::string(std::istreambuf_iterator<char>(in), {});
+}
+
+}  // namespace zet::test
