@@ -214,6 +214,16 @@ ZET_HOST_API std::string SaveImageFile(const std::string& path, const CZetImage&
 // bytes as held in memory (16-bit pixels little-endian).
 ZET_HOST_API std::string ImageSha256(const CZetImage& image);
 
+// Overlays: the annotation records drawn over an image (shapes with Cairo, text with
+// Pango) into `out`, a new 32-bit image of the same size holding R, G, B and a zero
+// fourth byte (SaveImageFile writes it as an RGB PNG). The background is 8-bit grey,
+// 16-bit grey or 32-bit colour; colour 0 is `defaultColor`, other colours are
+// 0x00BBGGRR. Returns "" on success, else an error text. host/Overlay.cpp says how
+// each kind of record is drawn.
+ZET_HOST_API std::string RenderOverlay(const CZetImage& background,
+                                       const std::vector<SAnnotationRecord>& records,
+                                       int defaultColor, CZetImage& out);
+
 // Windows-1252 <-> UTF-8. Utf8ToCp1252 returns false when a character has no
 // Windows-1252 byte (or the UTF-8 is malformed).
 ZET_HOST_API std::string Cp1252ToUtf8(const std::string& text);
