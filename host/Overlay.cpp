@@ -13,8 +13,8 @@
 //   axis toward the y axis (clockwise on screen, y pointing down).
 // - Text starts with its top-left corner at the given point, in the font named by
 //   "font" ("Sans 12", "Serif Bold 20"; empty: Sans 10; sizes above 200 points are cut
-//   to 200). Its background, when asked for, is black behind light text and white
-//   behind dark text.
+//   to 200). Its background, when asked for, is a black box, or a white one behind
+//   dark text (blue, black); without it the glyphs get a thin halo of that colour.
 // - A shape's label is written beside it in the shape's colour (Sans 9); labels and
 //   texts are kept inside the image where they fit.
 // - A shape with a coordinate that is not finite, or farther than a million pixels from
@@ -302,18 +302,26 @@ class CPainter {
     // Kept inside the image where it fits; the text's own corner otherwise.
     x = std::clamp(x, 0.0, std::max(0.0, m_width - 1.0 - logical.width));
     y = std::clamp(y, 0.0, std::max(0.0, m_height - 1.0 - logical.height));
+    // Text on black, or dark text (blue, black) on white: a box behind it when asked for, else a
+    // thin halo around the glyphs, so that it reads over any image.
+    const double luma = 0.299 * m_color.r + 0.587 * m_color.g + 0.114 * m_color.b;
+    const double contrast = luma > 0.25 ? 0.0 : 1.0;
+    cairo_set_source_rgb(m_cr, contrast, contrast, contrast);
     if (background) {
-      const double luma = 0.299 * m_color.r + 0.587 * m_color.g + 0.114 * m_color.b;
-      const double bg = luma > 0.5 ? 0.0 : 1.0;
-      cairo_set_source_rgb(m_cr, bg, bg, bg);
       cairo_rectangle(m_cr, x + logical.x - 1.5, y + logical.y - 1.5, logical.width + 2,
                       logical.height + 2);
       cairo_fill(m_cr);
-      cairo_set_source_rgb(m_cr, m_color.r, m_color.g, m_color.b);
     }
     cairo_move_to(m_cr, x - 0.5, y - 0.5);
-    pango_cairo_show_layout(m_cr, layout.get());
-    cairo_new_path(m_cr);
+    pango_cairo_layout_path(m_cr, layout.get());
+    if (!background) {
+      cairo_save(m_cr);
+      cairo_set_line_width(m_cr, 2.0);
+      cairo_stroke_preserve(m_cr);
+      cairo_restore(m_cr);
+    }
+    cairo_set_source_rgb(m_cr, m_color.r, m_color.g, m_color.b);
+    cairo_fill(m_cr);
   }
 
   void Label(const std::string& label, double x, double y) {

@@ -133,7 +133,8 @@ TEST(Overlay, TextLabelsAndBackgrounds) {
   ASSERT_EQ(RenderOverlay(bg, a.records, kGreen, big), "");
   EXPECT_GT(Changed(big, 0, 0, 200, 100), 3 * small);
 
-  a.records[0].fields[4].second = true;  // red text is dark: a white box behind it
+  a.records[0].fields[3].second = kBlue;  // dark text: a white box behind it
+  a.records[0].fields[4].second = true;
   a.records[0].fields[2].second = "";
   ASSERT_EQ(RenderOverlay(bg, a.records, kGreen, boxed), "");
   EXPECT_EQ(At(boxed, 9, 9), (SRgb{255, 255, 255}));
