@@ -12,6 +12,7 @@
 
 #include <map>
 #include <memory>
+#include <iosfwd>
 #include <string>
 #include <utility>
 #include <vector>
@@ -193,6 +194,27 @@ class ZET_HOST_API CZetJsonSession {
   struct SImpl;
   std::unique_ptr<SImpl> m_impl;
 };
+
+// Inspection programs (`zet run`; docs/programs.md describes the file): the program's
+// steps run over each image in an execution context of its own; the variables asked
+// for go to OUT/results.jsonl (and OUT/results.csv), each image's overlay to OUT as PNG.
+struct SProgramOptions {
+  std::string program;              // the program file
+  std::vector<std::string> images;  // files or folders; when given, replace the program's
+  std::string outDir;               // created when missing
+  bool csv = false;
+  bool overlays = true;
+  int jobs = 1;                     // images run on this many threads, one context each
+  bool progress = true;             // progress and a summary on the log
+  // The caller set these settings itself (zet's --angle-unit, --annotation-color): the
+  // program's own "settings" leave them alone.
+  bool keepAngleUnit = false;
+  bool keepAnnotationColor = false;
+};
+// 0 when every image succeeded; 1 when an image failed or a result could not be written;
+// 2 when the program cannot run at all. Failures are told on `log` as they happen.
+ZET_HOST_API int RunProgram(CZetPluginModule& module, const SProgramOptions& options,
+                            std::ostream& log);
 
 // Catalogue texts for `zet catalog` and `zet describe`.
 ZET_HOST_API std::string CatalogJson(CZetPluginModule& module);
