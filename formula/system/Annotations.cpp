@@ -23,6 +23,16 @@ CDescriber& Head(CDescriber& d, const char* name, const char* ident, int id, con
 
 const CZetPoint kOrigin(0.0, 0.0);
 
+// The point array, label and colour of inputs 0 to 2 handed to a point-set operation.
+using PointSetOp = void (IXInstrAnnotations::*)(const char*, const CZetPointVector&, int, int,
+                                                 int);
+int SendPointSet(IXInstrContext* ctx, PointSetOp op) {
+  CArgs a(ctx);
+  if (IXInstrAnnotations* sink = Sink(a))
+    (sink->*op)(a.Text(1), a.Get<CZetPointVector>(0), a.TruncInt(2), kTrail, kTrail);
+  return kOk;
+}
+
 class CAnnotText final : public TInstr<CAnnotText> {
  public:
   static void Describe(CDescriber& d) {
@@ -171,10 +181,7 @@ class CAnnotPoints final : public TInstr<CAnnotPoints> {
         .Input(kTypeNumber, "color", 0.0, "Color of points. 0 = Use default color");
   }
   int Execute(IXInstrContext* ctx) override {
-    CArgs a(ctx);
-    if (IXInstrAnnotations* sink = Sink(a))
-      sink->AddPoints(a.Text(1), a.Get<CZetPointVector>(0), a.TruncInt(2), kTrail, kTrail);
-    return kOk;
+    return SendPointSet(ctx, &IXInstrAnnotations::AddPoints);
   }
 };
 
@@ -187,10 +194,7 @@ class CAnnotPixels final : public TInstr<CAnnotPixels> {
         .Input(kTypeNumber, "color", 0.0, "Pixel color. 0 = Use default color");
   }
   int Execute(IXInstrContext* ctx) override {
-    CArgs a(ctx);
-    if (IXInstrAnnotations* sink = Sink(a))
-      sink->AddPixels(a.Text(1), a.Get<CZetPointVector>(0), a.TruncInt(2), kTrail, kTrail);
-    return kOk;
+    return SendPointSet(ctx, &IXInstrAnnotations::AddPixels);
   }
 };
 
