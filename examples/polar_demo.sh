@@ -10,6 +10,12 @@
 #   aop_hue.png     the angle as hue: a colour wheel
 #   aop_hue_i.png   the angle as hue, the intensity as value: the wheel over the ramp
 # The responses of zet go to OUT_DIR/responses.jsonl.
+#
+# Then it inspects four frames of parts of different sizes (OUT_DIR/frames, each with
+# the rim points polar_frame drew) with the example program rim_check.json: a circle
+# fitted to each part's rim, its diameter and circularity in OUT_DIR/run/results.jsonl
+# and results.csv, and an overlay per frame, OUT_DIR/run/part_N.png. A build without
+# the circle fit runs rim_points.json instead, which draws the rim points only.
 set -eu
 
 if [ $# -ne 2 ]; then
@@ -44,3 +50,20 @@ for f in s0 dolp aop aop_hue aop_hue_i; do
   [ -s "$out/$f.png" ] || { echo "$0: $out/$f.png was not written" >&2; exit 1; }
 done
 echo "wrote $out/{frame.pgm,s0.png,dolp.png,aop.png,aop_hue.png,aop_hue_i.png}"
+
+examples=$(cd "$(dirname "$0")" && pwd)
+mkdir -p "$out/frames"
+for seed in 1 2 3 4; do
+  "$build/bin/polar_frame" "$out/frames/part_$seed.pgm" 1280 960 "$seed"
+done
+program=$examples/rim_check.json
+if ! "$build/bin/zet" describe PtsToBestCircle >/dev/null 2>&1; then
+  echo "(this build has no circle fit yet: rim_points.json instead of rim_check.json)"
+  program=$examples/rim_points.json
+fi
+"$build/bin/zet" run "$program" "$out/frames" --out "$out/run" --csv
+for seed in 1 2 3 4; do
+  [ -s "$out/run/part_$seed.png" ] || { echo "$0: $out/run/part_$seed.png was not written" >&2; exit 1; }
+done
+echo "results:"
+cat "$out/run/results.csv"

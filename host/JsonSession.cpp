@@ -4,10 +4,10 @@
 #include <map>
 #include <memory>
 
+#include "Request.h"
 #include "ValueCodec.h"
 #include "zet/ZetHost.h"
 #include "zet/ZetImage.h"
-#include "zet/ZetSetting.h"
 
 namespace zet::host {
 
@@ -25,37 +25,6 @@ struct CZetJsonSession::SImpl {
 
   void Decode(const Json& j, int type, CZetObject& out, const std::string& what) {
     DecodeValue(j, type, out, what, requestImages);
-  }
-
-  void ApplySettings(const Json& s) {
-    if (!s.is_object()) Fail("settings: expected an object");
-    if (s.contains("angle_unit")) {
-      const Json& u = s["angle_unit"];
-      if (u == "degrees")
-        CZetSetting::Inst().SetAngleUnit(EZetAngleUnit::kDegrees);
-      else if (u == "radians")
-        CZetSetting::Inst().SetAngleUnit(EZetAngleUnit::kRadians);
-      else
-        Fail("settings: angle_unit must be \"degrees\" or \"radians\"");
-    }
-    if (s.contains("annotation_color"))
-      CZetSetting::Inst().SetDefaultAnnotationColor(IntOf(s["annotation_color"], "annotation_color"));
-  }
-
-  int Resolve(const Json& instr) {
-    std::string error;
-    int index = -1;
-    if (instr.is_number_integer()) {
-      const auto pos = instr.get<int64_t>();
-      if (pos >= 1 && pos <= module.Count()) return static_cast<int>(pos - 1);
-      Fail("no instruction at position " + instr.dump());
-    }
-    if (!instr.is_string()) Fail("\"instr\" must be a name, an identifier or a position");
-    std::string name;
-    if (!Utf8ToCp1252(instr.get<std::string>(), &name)) Fail("unknown instruction " + instr.dump());
-    index = module.Find(name, &error);
-    if (index < 0) Fail(error);
-    return index;
   }
 
   IXInstrPlugin* Object(const Json& req, int index) {
@@ -78,8 +47,8 @@ struct CZetJsonSession::SImpl {
     requestImages.clear();
     if (!req.is_object()) Fail("a request must be a JSON object");
     if (!req.contains("instr")) Fail("missing \"instr\"");
-    if (req.contains("settings")) ApplySettings(req["settings"]);
-    const int index = Resolve(req["instr"]);
+    if (req.contains("settings")) ApplySettings(ParseSettings(req["settings"]));
+    const int index = ResolveInstr(module, req["instr"]);
     const SInstrInfo& info = *module.At(index)->GetInfo();
     const int declared = static_cast<int>(info.inputs.size());
 
@@ -90,27 +59,9 @@ struct CZetJsonSession::SImpl {
       Fail("too many inputs: " + std::to_string(given) + " for " + std::to_string(declared));
     ctx.Reset(info, info.variadic ? given : declared);
 
-    // Parameters: a list in descriptor order or an object by name.
-    if (req.contains("params")) {
-      const Json& p = req["params"];
-      if (p.is_array()) {
-        if (p.size() > info.params.size()) Fail("too many params");
-        for (size_t i = 0; i < p.size(); ++i)
-          Decode(p[i], info.params[i].type, ctx.Param(static_cast<int>(i)),
-                 std::string("param ") + std::to_string(i));
-      } else if (p.is_object()) {
-        for (const auto& [key, value] : p.items()) {
-          std::string name;
-          size_t i = 0;
-          if (Utf8ToCp1252(key, &name))
-            while (i < info.params.size() && name != info.params[i].name) ++i;
-          if (i >= info.params.size()) Fail("unknown parameter '" + key + "'");
-          Decode(value, info.params[i].type, ctx.Param(static_cast<int>(i)), "param '" + key + "'");
-        }
-      } else {
-        Fail("\"params\" must be a list or an object");
-      }
-    }
+    if (req.contains("params"))
+      DecodeParams(info, req["params"], [this](int i) -> CZetObject& { return ctx.Param(i); },
+                   requestImages);
     for (int i = 0; i < given; ++i) {
       const int slot = std::min(i, declared - 1);
       if (slot < 0) Fail("this instruction has no inputs");

@@ -1,5 +1,6 @@
 // zet: the reference host's command line (list, describe, catalog, exec, run).
 #include <CLI/CLI.hpp>
+#include <filesystem>
 #include <fstream>
 #include <iostream>
 #include <nlohmann/json.hpp>
@@ -42,11 +43,25 @@ int main(int argc, char** argv) {
   auto* catalog = app.add_subcommand("catalog", "Every descriptor in registry order");
   catalog->add_option("--format", format, "json or markdown")
       ->check(CLI::IsMember({"json", "markdown"}));
-  auto* exec = app.add_subcommand("exec", "JSON-Lines requests on stdin, responses on stdout");
-  std::string program;
-  auto* run = app.add_subcommand(
-      "run", "Runs an inspection program: a file of zet exec request lines");
-  run->add_option("PROGRAM", program, "Program file")->required()->check(CLI::ExistingFile);
+  std::string requests;
+  auto* exec = app.add_subcommand(
+      "exec", "JSON-Lines requests from FILE (default: standard input), responses on stdout");
+  exec->add_option("FILE", requests, "Request file")->check(CLI::ExistingFile);
+  SProgramOptions runOptions;
+  auto* run = app.add_subcommand("run", "Runs an inspection program over images");
+  run->add_option("PROGRAM", runOptions.program, "Program file (docs/programs.md)")
+      ->required()
+      ->check(CLI::ExistingFile);
+  run->add_option("IMAGES", runOptions.images, "Image files or folders (default: the program's)");
+  run->add_option("--out", runOptions.outDir,
+                  "Folder for results.jsonl, results.csv and the overlays (default: "
+                  "PROGRAM's name without extension, .out, in the current folder)");
+  run->add_flag("--csv", runOptions.csv, "Also write results.csv");
+  run->add_option("--jobs,-j", runOptions.jobs, "Images run on this many threads")
+      ->check(CLI::Range(1, 256));
+  bool noOverlays = false, quiet = false;
+  run->add_flag("--no-overlays", noOverlays, "Write no overlay images");
+  run->add_flag("--quiet,-q", quiet, "No progress or summary (failures are still told)");
 
   try {
     app.parse(argc, argv);
@@ -74,10 +89,17 @@ int main(int argc, char** argv) {
     } else if (*catalog) {
       std::cout << (format == "markdown" ? CatalogMarkdown(module) : CatalogJson(module) + "\n");
     } else if (*exec) {
-      return RunLines(module, std::cin);
-    } else if (*run) {
-      std::ifstream in(program);
+      if (requests.empty()) return RunLines(module, std::cin);
+      std::ifstream in(requests);
       return RunLines(module, in);
+    } else if (*run) {
+      if (runOptions.outDir.empty())
+        runOptions.outDir = std::filesystem::path(runOptions.program).stem().string() + ".out";
+      runOptions.overlays = !noOverlays;
+      runOptions.progress = !quiet;
+      runOptions.keepAngleUnit = app.count("--angle-unit") > 0;
+      runOptions.keepAnnotationColor = app.count("--annotation-color") > 0;
+      return RunProgram(module, runOptions, std::cerr);
     }
   } catch (const std::exception& e) {
     std::cerr << "zet: " << e.what() << "\n";

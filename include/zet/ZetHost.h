@@ -12,6 +12,7 @@
 
 #include <map>
 #include <memory>
+#include <iosfwd>
 #include <string>
 #include <utility>
 #include <vector>
@@ -194,6 +195,27 @@ class ZET_HOST_API CZetJsonSession {
   std::unique_ptr<SImpl> m_impl;
 };
 
+// Inspection programs (`zet run`; docs/programs.md describes the file): the program's
+// steps run over each image in an execution context of its own; the variables asked
+// for go to OUT/results.jsonl (and OUT/results.csv), each image's overlay to OUT as PNG.
+struct SProgramOptions {
+  std::string program;              // the program file
+  std::vector<std::string> images;  // files or folders; when given, replace the program's
+  std::string outDir;               // created when missing
+  bool csv = false;
+  bool overlays = true;
+  int jobs = 1;                     // images run on this many threads, one context each
+  bool progress = true;             // progress and a summary on the log
+  // The caller set these settings itself (zet's --angle-unit, --annotation-color): the
+  // program's own "settings" leave them alone.
+  bool keepAngleUnit = false;
+  bool keepAnnotationColor = false;
+};
+// 0 when every image succeeded; 1 when an image failed or a result could not be written;
+// 2 when the program cannot run at all. Failures are told on `log` as they happen.
+ZET_HOST_API int RunProgram(CZetPluginModule& module, const SProgramOptions& options,
+                            std::ostream& log);
+
 // Catalogue texts for `zet catalog` and `zet describe`.
 ZET_HOST_API std::string CatalogJson(CZetPluginModule& module);
 ZET_HOST_API std::string CatalogMarkdown(CZetPluginModule& module);
@@ -213,6 +235,16 @@ ZET_HOST_API std::string SaveImageFile(const std::string& path, const CZetImage&
 // SHA-256 (lower-case hex) of the pixel rows concatenated without row padding, the
 // bytes as held in memory (16-bit pixels little-endian).
 ZET_HOST_API std::string ImageSha256(const CZetImage& image);
+
+// Overlays: the annotation records drawn over an image (shapes with Cairo, text with
+// Pango) into `out`, a new 32-bit image of the same size holding R, G, B and a zero
+// fourth byte (SaveImageFile writes it as an RGB PNG). The background is 8-bit grey,
+// 16-bit grey or 32-bit colour; colour 0 is `defaultColor`, other colours are
+// 0x00BBGGRR. Returns "" on success, else an error text. host/Overlay.cpp says how
+// each kind of record is drawn.
+ZET_HOST_API std::string RenderOverlay(const CZetImage& background,
+                                       const std::vector<SAnnotationRecord>& records,
+                                       int defaultColor, CZetImage& out);
 
 // Windows-1252 <-> UTF-8. Utf8ToCp1252 returns false when a character has no
 // Windows-1252 byte (or the UTF-8 is malformed).

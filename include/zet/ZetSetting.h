@@ -17,6 +17,8 @@ class ZET_PLATFORM_API CZetSetting {
 
   EZetAngleUnit GetAngleUnit() const { return m_angleUnit; }
   void SetAngleUnit(EZetAngleUnit unit) { m_angleUnit = unit; }
+  // The colour a host draws an annotation in when the instruction passes colour 0.
+  // Colours are packed 0x00BBGGRR: red in the low byte, blue in the third.
   int GetDefaultAnnotationColor() const { return m_annotationColor; }
   void SetDefaultAnnotationColor(int color) { m_annotationColor = color; }
 
@@ -40,7 +42,7 @@ class ZET_PLATFORM_API CZetSetting {
 
  private:
   EZetAngleUnit m_angleUnit = EZetAngleUnit::kRadians;
-  int m_annotationColor = 0x00FF00;  // packed 0xRRGGBB: green
+  int m_annotationColor = 0x00FF00;  // 0x00BBGGRR: green
   std::string m_logFile;
   uint64_t m_logMaxBytes = 5u << 20;
   int m_logMaxFiles = 3;

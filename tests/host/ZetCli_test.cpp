@@ -2,40 +2,23 @@
 // the catalogue kept in sync with docs/, and the command-line exit codes.
 #include <gtest/gtest.h>
 
-#include <cstdio>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
-#include <iterator>
 #include <string>
-#include <utility>
+
+#include "ZetShell.h"
 
 namespace {
 
 namespace fs = std::filesystem;
+using zet::test::ReadFile;
+using zet::test::Shell;
+using zet::test::Zet;
 
-// The exit code and standard output of a shell command.
-std::pair<int, std::string> Shell(const std::string& cmd) {
-  std::string out;
-  FILE* p = popen(cmd.c_str(), "r");
-  if (!p) return {-1, out};
-  char buf[65536];
-  for (size_t n; (n = fread(buf, 1, sizeof buf, p)) > 0;) out.append(buf, n);
-  const int status = pclose(p);
-  return {WIFEXITED(status) ? WEXITSTATUS(status) : -1, out};
-}
-
-std::string Zet(const std::string& args) {
-  return std::string(ZET_TEST_ZET) + " --plugin " + ZET_TEST_PLUGIN + " " + args;
-}
-
-std::string ReadFile(const fs::path& p) {
-  std::ifstream in(p, std::ios::binary);
-  return std::string(std::istreambuf_iterator<char>(in), {});
-}
-
-// Each sessions/NAME.in.jsonl is fed to `zet exec`; the answer must equal
-// NAME.out.jsonl byte for byte. ZET_UPDATE_GOLDEN=1 rewrites the answers.
+// Each sessions/NAME.in.jsonl is fed to `zet exec` (on standard input, then as FILE);
+// the answer must equal NAME.out.jsonl byte for byte. ZET_UPDATE_GOLDEN=1 rewrites the
+// answers.
 TEST(ZetCli, GoldenSessions) {
   const fs::path dir = fs::path(ZET_TEST_SOURCE_DIR) / "tests/host/sessions";
   int sessions = 0;
@@ -51,6 +34,11 @@ TEST(ZetCli, GoldenSessions) {
     EXPECT_EQ(rc, 0);
     if (std::getenv("ZET_UPDATE_GOLDEN")) std::ofstream(expected, std::ios::binary) << out;
     EXPECT_EQ(out, ReadFile(expected));  // a multi-line mismatch prints as a diff
+    // The same requests from a file named on the command line.
+    const auto [fileRc, fromFile] = Shell("cd '" + dir.string() + "' && " + Zet("exec '" +
+                                          entry.path().string() + "'"));
+    EXPECT_EQ(fileRc, 0);
+    EXPECT_EQ(fromFile, out);
   }
   EXPECT_GT(sessions, 0);
 }

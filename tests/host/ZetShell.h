@@ -1,0 +1,36 @@
+// Running the zet binary from host tests: a shell command's exit code and output, the
+// zet command line with the plug-in of this build, and whole files.
+#pragma once
+
+#include <sys/wait.h>
+
+#include <cstdio>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <string>
+#include <utility>
+
+namespace zet::test {
+
+// The exit code (-1 when killed by a signal) and standard output of a shell command.
+inline std::pair<int, std::string> Shell(const std::string& cmd) {
+  std::string out;
+  FILE* p = popen(cmd.c_str(), "r");
+  if (!p) return {-1, out};
+  char buf[65536];
+  for (size_t n; (n = fread(buf, 1, sizeof buf, p)) > 0;) out.append(buf, n);
+  const int status = pclose(p);
+  return {WIFEXITED(status) ? WEXITSTATUS(status) : -1, out};
+}
+
+inline std::string Zet(const std::string& args) {
+  return std::string(ZET_TEST_ZET) + " --plugin " + ZET_TEST_PLUGIN + " " + args;
+}
+
+inline std::string ReadFile(const std::filesystem::path& p) {
+  std::ifstream in(p, std::ios::binary);
+  return std::string(std::istreambuf_iterator<char>(in), {});
+}
+
+}  // namespace zet::test
