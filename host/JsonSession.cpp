@@ -60,7 +60,7 @@ struct CZetJsonSession::SImpl {
     ctx.Reset(info, info.variadic ? given : declared);
 
     if (req.contains("params"))
-      DecodeParams(info, req["params"], [this](int i) -> CZetObject& { return ctx.Param(i); },
+      DecodeParams(info, req["params"], ctx.Params(),
                    requestImages);
     for (int i = 0; i < given; ++i) {
       const int slot = std::min(i, declared - 1);

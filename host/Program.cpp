@@ -151,7 +151,7 @@ class CLoader {
       s.label += " (" + Cp1252ToUtf8(info.name ? info.name : "") + ")";
       for (const SInstrParam& p : info.params) s.params.push_back(p.value);
       if (j.contains("params"))
-        DecodeParams(info, j["params"], [&](int i) -> CZetObject& { return s.params[i]; },
+        DecodeParams(info, j["params"], s.params,
                      m_program.literalImages);
       if (j.contains("inputs")) Inputs(info, j["inputs"], s);
       if (j.contains("outputs")) Outputs(info, j["outputs"], s);

@@ -58,11 +58,11 @@ template int EntryIndex(const std::vector<SInstrInput>&, const std::string&);
 template int EntryIndex(const std::vector<SInstrOutput>&, const std::string&);
 
 void DecodeParams(const SInstrInfo& info, const Json& params,
-                  const std::function<CZetObject&(int)>& slot, std::vector<std::unique_ptr<CZetImage>>& images) {
+                  std::span<CZetObject> slots, std::vector<std::unique_ptr<CZetImage>>& images) {
   if (params.is_array()) {
     if (params.size() > info.params.size()) Fail("too many params");
     for (size_t i = 0; i < params.size(); ++i)
-      DecodeValue(params[i], info.params[i].type, slot(static_cast<int>(i)),
+      DecodeValue(params[i], info.params[i].type, slots[i],
                   "param " + std::to_string(i), images);
   } else if (params.is_object()) {
     for (const auto& [key, value] : params.items()) {
@@ -72,7 +72,7 @@ void DecodeParams(const SInstrInfo& info, const Json& params,
         for (size_t k = 0; k < info.params.size() && i < 0; ++k)
           if (name == info.params[k].name) i = static_cast<int>(k);
       if (i < 0) Fail("unknown parameter '" + key + "'");
-      DecodeValue(value, info.params[i].type, slot(i), "param '" + key + "'", images);
+      DecodeValue(value, info.params[i].type, slots[static_cast<size_t>(i)], "param '" + key + "'", images);
     }
   } else {
     Fail("\"params\" must be a list or an object");

@@ -3,8 +3,8 @@
 // finding an input or output by name or position.
 #pragma once
 
-#include <functional>
 #include <optional>
+#include <span>
 #include <string>
 
 #include "ValueCodec.h"
@@ -27,9 +27,10 @@ void ApplySettings(const SSettings& settings);
 int ResolveInstr(CZetPluginModule& module, const Json& instr);
 
 // Decodes `params` (a list in descriptor order or an object by parameter name) into the
-// slots that `slot(i)` returns; parameters not given are left as they are.
-void DecodeParams(const SInstrInfo& info, const Json& params,
-                  const std::function<CZetObject&(int)>& slot, std::vector<std::unique_ptr<CZetImage>>& images);
+// parameter slots `slots` (one per descriptor parameter); parameters not given are left
+// as they are. Images are appended to `images`, which the caller keeps.
+void DecodeParams(const SInstrInfo& info, const Json& params, std::span<CZetObject> slots,
+                  std::vector<std::unique_ptr<CZetImage>>& images);
 
 // The index of the entry whose name is `key` (UTF-8), or whose position it spells
 // ("0", "1", ...); -1 when there is none.

@@ -27,7 +27,7 @@ exports() {  # exports LIB: the library's API symbols, demangled and sorted
   nm -D --defined-only -P "$1" |
     awk '$1 !~ /^(__(odr_)?asan|__ubsan|__sanitizer|__lsan|_init$|_fini$)/ { print $2, $1 }' |
     c++filt |
-    grep -Ev '^[WVu] ((typeinfo( name)?|vtable|VTT|guard variable) for )?(std|__gnu_cxx)::' |
+    grep -Ev '^[WVu] ((typeinfo( name)?|vtable|VTT|guard variable) for |[a-z_]+ )?(std|__gnu_cxx)::' |
     cut -d' ' -f2- | LC_ALL=C sort -u
 }
 

@@ -39,7 +39,7 @@ zet="$root/usr/bin/zet"
 env -u LD_LIBRARY_PATH -u ZET_PLUGIN "$zet" list >"$work/list.txt" || fail "zet list exited with $?"
 [ "$(wc -l <"$work/list.txt")" -gt 10 ] || fail "zet list printed $(wc -l <"$work/list.txt") lines"
 head -n 1 "$work/list.txt" | grep -q _Zet_Numeric_Set_ || fail "unexpected first line: $(head -n 1 "$work/list.txt")"
-out=$(echo '{"instr": "Add", "inputs": [1, 2, 3.5]}' | env -u LD_LIBRARY_PATH -u ZET_PLUGIN "$zet" exec) ||
+out=$(echo '{"instr": "_Zet_Numeric_AddNumbers_", "inputs": [1, 2, 3.5]}' | env -u LD_LIBRARY_PATH -u ZET_PLUGIN "$zet" exec) ||
   fail "zet exec exited with $?"
 grep -q '"outputs":\[6.5\]' <<<"$out" || fail "zet exec answered $out"
 # The pkg-config file of the package names the package's own tree.

@@ -13,6 +13,7 @@
 #include <map>
 #include <memory>
 #include <iosfwd>
+#include <span>
 #include <string>
 #include <utility>
 #include <vector>
@@ -116,6 +117,7 @@ class ZET_HOST_API CZetExecContext final : public IXInstrContext {
   CZetObject& Param(int i) { return m_params[i]; }
   CZetObject& Input(int i) { return m_inputs[i]; }
   CZetObject& Output(int i) { return m_outputs[i]; }
+  std::span<CZetObject> Params() { return m_params; }
   int ParamSlots() const { return static_cast<int>(m_params.size()); }
   int InputSlots() const { return static_cast<int>(m_inputs.size()); }
   int OutputSlots() const { return static_cast<int>(m_outputs.size()); }

@@ -85,7 +85,7 @@ constexpr const char* kProgram = R"({
     {"name": "dolp", "instr": "ProcessPolarizedImage", "params": {"output image type": 4},
      "inputs": [{"var": "image"}], "outputs": {"output image": "dolp"}},
     {"name": "sine", "instr": "Sin", "inputs": [90], "outputs": ["one"]},
-    {"name": "scaled", "instr": "Multiply", "inputs": [{"var": "one"}, {"var": "scale"}],
+    {"name": "scaled", "instr": "_Zet_Numeric_MultiplyNumbers_", "inputs": [{"var": "one"}, {"var": "scale"}],
      "outputs": ["product"]},
     {"name": "text", "instr": "PrintfNumInf", "inputs": ["%.1f", {"var": "product"}],
      "outputs": ["label"]},
@@ -156,7 +156,7 @@ TEST_F(Program, FailingStepNamesItselfAndTheRunGoesOn) {
   } cases[] = {
       {R"({"name": "divide", "instr": "Divide", "inputs": [1, 0], "outputs": ["q"]})",
        R"(step 1 "divide" (Divide): failed with status 3; Numeric: Divide: Division by zero)"},
-      {R"({"instr": "Add", "inputs": [{"var": "rim"}]})",
+      {R"({"instr": "_Zet_Numeric_AddNumbers_", "inputs": [{"var": "rim"}]})",
        "step 1 (Add): input 'number': variable 'rim' holds a point array"},
       {R"({"instr": "Remainder", "inputs": [7, 0]})",
        "step 1 (Remainder): exception: integer division by zero"},
@@ -165,7 +165,7 @@ TEST_F(Program, FailingStepNamesItselfAndTheRunGoesOn) {
     SCOPED_TRACE(c.steps);
     const fs::path program = Write(
         R"({"images": "frames", "variables": {"rim": {"type": "point array", "file": "{stem}.rim.json"}},
-            "steps": [)" + std::string(c.steps) + R"(, {"instr": "Add", "inputs": [1, 2], "outputs": ["sum"]}],
+            "steps": [)" + std::string(c.steps) + R"(, {"instr": "_Zet_Numeric_AddNumbers_", "inputs": [1, 2], "outputs": ["sum"]}],
             "results": ["sum"]})");
     std::string err;
     EXPECT_EQ(Run("--out '" + (m_dir / "out").string() + "' '" + program.string() + "'", &err), 1);

@@ -11,7 +11,7 @@ work=$2
 mkdir -p "$work"
 cmake=${3:-cmake}
 hidden=()
-for p in nlohmann_json CLI11 PNG OpenSSL GTest benchmark spdlog OpenCV; do
+for p in nlohmann_json CLI11 PNG OpenSSL GTest benchmark OpenCV; do
   hidden+=("-DCMAKE_DISABLE_FIND_PACKAGE_$p=ON")
 done
 for via in subdirectory fetchcontent; do
