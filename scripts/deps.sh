@@ -6,7 +6,7 @@
 set -euo pipefail
 pkgs=(cmake ninja-build g++ clang libomp-dev pkg-config binutils googletest libgtest-dev
       libbenchmark-dev libhwy-dev libpng-dev libssl-dev nlohmann-json3-dev libcli11-dev
-      libspdlog-dev libclang-rt-dev dpkg-dev file)
+      libclang-rt-dev dpkg-dev file)
 [ "${1:-}" = "--bench" ] && pkgs+=(libopencv-dev)
 missing=()
 for p in "${pkgs[@]}"; do
