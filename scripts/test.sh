@@ -1,7 +1,9 @@
 #!/usr/bin/env bash
-# Builds and tests everything: gcc release, gcc with AddressSanitizer and
-# UndefinedBehaviorSanitizer, and clang release; warnings are errors. The long
-# exhaustive image check (ctest label "exhaustive") is left out; run it with
+# Builds and tests everything: gcc release (with the install, Debian package and
+# subproject tests), gcc with AddressSanitizer and UndefinedBehaviorSanitizer, and
+# clang release; warnings are errors. Then the fuzzers run for a fixed number of
+# inputs each (scripts/fuzz.sh --ci). The long exhaustive image check (ctest label
+# "exhaustive") is left out; run it with
 #   ctest --test-dir build/release -L exhaustive
 set -uo pipefail
 cd "$(dirname "$0")/.."
@@ -11,6 +13,7 @@ fail=0
 mkdir -p build
 for preset in release asan clang; do
   echo "== $preset =="
+  start=$SECONDS
   log=build/$preset.log
   if ! { cmake --preset "$preset" -DZET_WERROR=ON && cmake --build --preset "$preset" -j "$jobs"; } >"$log" 2>&1; then
     grep -E -A5 "error|warning" "$log" | head -n 60
@@ -23,6 +26,11 @@ for preset in release asan clang; do
     grep -E -B2 -A40 "\*\*\*Failed|Failure|ERROR: |runtime error" "$log.test" | head -n 200
   fi
   tail -n 3 "$log.test"
+  echo "($preset: $((SECONDS - start)) s)"
 done
-echo "all presets: $( [ $fail -eq 0 ] && echo passed || echo FAILED )"
+echo "== fuzz =="
+start=$SECONDS
+bash scripts/fuzz.sh --ci || fail=1
+echo "(fuzz: $((SECONDS - start)) s)"
+echo "all presets and the fuzzers: $( [ $fail -eq 0 ] && echo passed || echo FAILED ) in $SECONDS s"
 exit $fail

@@ -1,10 +1,11 @@
 #!/usr/bin/env bash
 # package_deb.sh BUILD_DIR
 #
-# Makes the Debian package of the build with CPack, checks what it holds and what it
-# depends on, unpacks it into a scratch folder (dpkg-deb -x, as the package manager
-# would place the files under /) and runs zet from there: the run paths and the
-# plug-in's place must work from the package's own layout.
+# Makes the Debian package of the build with CPack, checks what it holds, what it
+# depends on and that apt-get could install it here (simulated: the test changes
+# nothing on the machine), unpacks it into a scratch folder (dpkg-deb -x, as the
+# package manager would place the files under /) and runs zet from there: the run
+# paths and the plug-in's place must work from the package's own layout.
 set -euo pipefail
 build=$(cd "$1" && pwd)
 work=$(mktemp -d)
@@ -23,6 +24,12 @@ depends=$(sed -n 's/^ Depends: //p' <<<"$info")
 for lib in libgomp1 libhwy1 libpng16-16 libssl3; do
   grep -q "$lib" <<<"$depends" || fail "Depends lacks $lib: $depends"
 done
+# The package manager would install it here: every dependency can be met.
+if command -v apt-get >/dev/null; then
+  apt-get install --simulate "$deb" >"$work/simulate.txt" 2>&1 ||
+    { cat "$work/simulate.txt"; fail "apt-get cannot install the package"; }
+  grep -q '^Inst zetformulalib ' "$work/simulate.txt" || { cat "$work/simulate.txt"; fail "apt-get would not install it"; }
+fi
 contents=$(dpkg-deb --contents "$deb" | awk '{print $6}')
 for f in ./usr/bin/zet ./usr/lib/zet/ZetFormulaLib.so ./usr/lib/libzetplatform.so.1 \
          ./usr/lib/libzethost.so.1 ./usr/include/zet/InstrPlugin.h ./usr/include/zet/ZetHost.h \

@@ -112,7 +112,7 @@ EKind KindOf(char conv) {
     case '%':
       return EKind::kPercent;
     default:
-      return EKind::kLiteral;  // s, p, n, m, b, C, S, '$' of a positional spec, end...
+      return EKind::kLiteral;  // s, p, n, m, b, C, S, '$' of a positional conversion, end...
   }
 }
 
@@ -199,8 +199,8 @@ class CFormatter {
       return;
     }
     const double v = Take();
-    char spec[48];
-    char* p = spec;
+    char cFormat[48];
+    char* p = cFormat;
     *p++ = '%';
     for (int k = 0; k < 6; ++k)
       if (s.flag[k]) *p++ = kFlags[k];
@@ -213,7 +213,7 @@ class CFormatter {
     if (s.hasPrecision && s.precision > kMaxPrecision && !dropsZeros && kind != EKind::kChar)
       width -= s.precision - kMaxPrecision;
     if (s.hasWidth && width > 0)
-      p = std::to_chars(p, spec + sizeof spec, std::min(width, kMaxWidth)).ptr;
+      p = std::to_chars(p, cFormat + sizeof cFormat, std::min(width, kMaxWidth)).ptr;
     char conv = s.conv;
     bool hasPrecision = s.hasPrecision && kind != EKind::kChar;
     int64_t precision = std::min(s.precision, kMaxPrecision);
@@ -223,7 +223,7 @@ class CFormatter {
     }
     if (hasPrecision) {
       *p++ = '.';
-      p = std::to_chars(p, spec + sizeof spec, precision).ptr;
+      p = std::to_chars(p, cFormat + sizeof cFormat, precision).ptr;
     }
     if (kind == EKind::kInteger) {
       *p++ = 'l';
@@ -233,26 +233,26 @@ class CFormatter {
     *p = '\0';
     switch (kind) {
       case EKind::kFloating:
-        Emit(spec, v);
+        Emit(cFormat, v);
         break;
       case EKind::kChar:
-        Emit(spec, static_cast<int>(static_cast<unsigned char>(ZetTruncInt32(v) & 0xFF)));
+        Emit(cFormat, static_cast<int>(static_cast<unsigned char>(ZetTruncInt32(v) & 0xFF)));
         break;
       default:
         if (s.conv == 'd' || s.conv == 'i')
-          Emit(spec, ToInt64(v));
+          Emit(cFormat, ToInt64(v));
         else
-          Emit(spec, static_cast<unsigned long long>(ToInt64(v)));  // two's complement
+          Emit(cFormat, static_cast<unsigned long long>(ToInt64(v)));  // two's complement
         break;
     }
   }
 
-  // One runtime call with one argument of the type `spec` reads; keeps what fits.
+  // One runtime call with one argument of the type `cFormat` reads; keeps what fits.
   template <class T>
-  void Emit(const char* spec, T value) {
+  void Emit(const char* cFormat, T value) {
     const size_t room = kLimit - m_out.size();
     char small[512];
-    const int n = std::snprintf(small, sizeof small, spec, value);
+    const int n = std::snprintf(small, sizeof small, cFormat, value);
     if (n < 0) return;
     const size_t take = std::min(static_cast<size_t>(n), room);
     if (static_cast<size_t>(n) < sizeof small) {
@@ -260,7 +260,7 @@ class CFormatter {
       return;
     }
     std::unique_ptr<char[]> big(new char[take + 1]);
-    std::snprintf(big.get(), take + 1, spec, value);
+    std::snprintf(big.get(), take + 1, cFormat, value);
     m_out.append(big.get(), take);
   }
 

@@ -150,6 +150,9 @@ TEST_F(ImageIo, Refusals) {
       {"text.pgm", "hello", "neither a PGM (P5) nor a PNG"},
       {"ascii.pgm", "P2 1 1 255 7", "P2"},
       {"short.pgm", "P5 4 4 255\n\x01\x02", "truncated"},
+      // 1.8 GB of 16-bit samples declared by 23 bytes: refused before any pixel memory is
+      // taken (every sample must be in the file).
+      {"huge.pgm", "P5 30000 30000 65535\n\x01\x02", "truncated"},
       {"maxval.pgm", "P5 1 1 0\n\x01", "maxval"},
       {"maxval2.pgm", "P5 1 1 70000\n\x01\x01", "maxval"},
       {"empty.pgm", "P5 0 3 255\n", "no pixels"},

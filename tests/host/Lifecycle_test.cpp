@@ -3,6 +3,7 @@
 // sanitizer build).
 #include <dlfcn.h>
 #include <gtest/gtest.h>
+#include <unistd.h>
 
 #include <cstdio>
 #include <memory>
@@ -67,7 +68,9 @@ TEST(Lifecycle, HundredLoadUnloadCycles) {
 // pixels. The workers must stay valid after the plug-in is unloaded: a host that loads,
 // runs them and unloads, over and over, and then exits, neither crashes nor leaks.
 TEST(Lifecycle, HundredCyclesWithParallelWork) {
-  const std::string frame = ::testing::TempDir() + "lifecycle_frame.pgm";
+  // Named by process: other builds' test runs share the temporary folder.
+  const std::string frame =
+      ::testing::TempDir() + "lifecycle_frame_" + std::to_string(getpid()) + ".pgm";
   {
     CZetImage raw;
     ASSERT_EQ(raw.Create(200, 160, kZetImageMono8), kZetImageOk);  // 100 x 80 output pixels

@@ -1,6 +1,7 @@
 // The zet binary as tools outside the project use it: golden JSON-Lines sessions,
 // the catalogue kept in sync with docs/, and the command-line exit codes.
 #include <gtest/gtest.h>
+#include <unistd.h>
 
 #include <cstdlib>
 #include <filesystem>
@@ -77,6 +78,29 @@ TEST(ZetCli, CommandsAndExitCodes) {
       Shell(std::string(ZET_TEST_ZET) + " --plugin /nonexistent.so list 2>&1");
   EXPECT_NE(badRc, 0);
   EXPECT_NE(badOut.find("cannot load plug-in"), std::string::npos);
+}
+
+// The colour types spread rows over OpenMP workers, which are still parked when zet
+// unloads the plug-in on its way out: the process must end cleanly, every time.
+TEST(ZetCli, ParallelColourTypesExitCleanly) {
+  const fs::path dir = fs::path(::testing::TempDir()) / ("zet_parallel_" + std::to_string(getpid()));
+  fs::create_directories(dir);
+  std::string pgm = "P5\n200 160\n255\n";  // 100 x 80 output pixels, above 4096
+  for (int i = 0; i < 200 * 160; ++i) pgm += static_cast<char>(i * 7 % 251);
+  std::ofstream(dir / "frame.pgm", std::ios::binary) << pgm;
+  std::ofstream requests(dir / "requests.jsonl");
+  for (int type : {9, 10})
+    requests << R"({"instr": "ProcessPolarizedImage", "params": [)" << type
+             << R"(], "inputs": [{"file": "frame.pgm"}]})" << '\n';
+  requests.close();
+  for (int run = 0; run < 20; ++run) {
+    const auto [rc, out] = Shell("cd '" + dir.string() + "' && " + Zet("exec") + " < requests.jsonl");
+    ASSERT_EQ(rc, 0) << "run " << run << ": " << out;
+    const std::string ok = R"({"status":0,"outputs":[{"width":100,"height":80,"attr":32)";
+    ASSERT_EQ(out.find(ok), 0u) << out;
+    ASSERT_NE(out.find('\n' + ok), std::string::npos) << out;
+  }
+  fs::remove_all(dir);
 }
 
 }  // namespace

@@ -1,0 +1,79 @@
+// Fuzzing zet's request runner (CZetJsonSession) with the real plug-in: each line of
+// the input is one request of one session, as `zet exec` reads them. The answer to
+// every line must be one JSON object.
+//
+// Requests that would act on the machine are left out before they run: a "save" or
+// "file" key anywhere (files written or read by name), and the instructions of the
+// system-service and keyboard categories (files, folders, environment, dialogs,
+// sleeps). Their own tests cover those. A line that is not JSON goes to the runner
+// as it is.
+#include <cstddef>
+#include <cstdint>
+#include <cstdlib>
+#include <memory>
+#include <nlohmann/json.hpp>
+#include <string>
+#include <string_view>
+
+#include "zet/ZetHost.h"
+#include "zet/ZetSetting.h"
+
+namespace {
+
+using Json = nlohmann::ordered_json;
+using zet::host::CZetPluginModule;
+
+CZetPluginModule* g_module = nullptr;
+
+bool NamesAFile(const Json& j) {
+  if (j.is_object()) {
+    for (const auto& [key, value] : j.items())
+      if (key == "save" || key == "file" || NamesAFile(value)) return true;
+  } else if (j.is_array()) {
+    for (const Json& e : j)
+      if (NamesAFile(e)) return true;
+  }
+  return false;
+}
+
+bool ActsOnTheMachine(const Json& request) {
+  if (NamesAFile(request)) return true;
+  if (!request.is_object() || !request.contains("instr")) return false;
+  const Json& instr = request["instr"];
+  int index = -1;
+  if (instr.is_number_integer()) {
+    const auto pos = instr.get<int64_t>();
+    if (pos >= 1 && pos <= g_module->Count()) index = static_cast<int>(pos - 1);
+  } else if (instr.is_string()) {
+    std::string name;
+    if (zet::host::Utf8ToCp1252(instr.get<std::string>(), &name)) index = g_module->Find(name);
+  }
+  if (index < 0) return false;
+  const std::string_view category = g_module->At(index)->GetInfo()->category;
+  return category == "IO: System" || category == "IO: Keyboard";
+}
+
+}  // namespace
+
+extern "C" int LLVMFuzzerInitialize(int*, char***) {
+  const char* path = std::getenv("ZET_PLUGIN");
+  g_module = new CZetPluginModule(path && *path ? path : ZET_FUZZ_PLUGIN);  // for the whole run
+  return 0;
+}
+
+extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
+  CZetSetting::Inst().SetAngleUnit(EZetAngleUnit::kRadians);
+  zet::host::CZetJsonSession session(*g_module);
+  const std::string_view input(reinterpret_cast<const char*>(data), size);
+  for (size_t start = 0; start < input.size();) {
+    size_t end = input.find('\n', start);
+    if (end == std::string_view::npos) end = input.size();
+    const std::string line(input.substr(start, end - start));
+    start = end + 1;
+    const Json request = Json::parse(line, nullptr, false);
+    if (!request.is_discarded() && ActsOnTheMachine(request)) continue;
+    const Json answer = Json::parse(session.Handle(line), nullptr, false);
+    if (!answer.is_object()) std::abort();
+  }
+  return 0;
+}
