@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
 # Installs the Debian packages the build, the tests and the demo need (only the
 # missing ones). Usage: scripts/deps.sh [--bench]  (--bench adds OpenCV for the
-# image benchmark's comparison).
+# image and geometry benchmarks' comparisons).
 set -euo pipefail
 pkgs=(cmake ninja-build g++ clang libomp-dev pkg-config binutils googletest libgtest-dev
       libbenchmark-dev libhwy-dev libpng-dev libssl-dev nlohmann-json3-dev libcli11-dev
