@@ -2,7 +2,7 @@
 # Installs the Debian packages the build, the tests and the demo need (only the
 # missing ones): libclang-rt-dev for the fuzzers, dpkg-dev and file for CPack's
 # Debian package. Usage: scripts/deps.sh [--bench]  (--bench adds OpenCV for the
-# image benchmark's comparison).
+# image and geometry benchmarks' comparisons).
 set -euo pipefail
 pkgs=(cmake ninja-build g++ clang libomp-dev pkg-config binutils googletest libgtest-dev
       libbenchmark-dev libhwy-dev libpng-dev libssl-dev nlohmann-json3-dev libcli11-dev

@@ -47,8 +47,11 @@
 // Fits. "percent" outliers are discarded as a count, k = floor(n * percent / 100):
 // the points farthest from the current fit, in steps (half of k, three quarters, seven
 // eighths, all), refitting after each, then refitting on the n - k points nearest the
-// latest fit until that set no longer changes (at most four more times). Ties of
-// distance keep the earlier point. So that gross outliers cannot decide the trimming
+// latest fit until that set no longer changes (at most four more times). A set that
+// chose itself so follows the noise of its own fit, so the kept set is chosen once
+// more, as the n - k points nearest to the least-squares fit of every point within
+// 2.5 robust standard deviations of the trimmed fit; the result is the fit of those
+// n - k. Ties of distance keep the earlier point. So that gross outliers cannot decide the trimming
 // by dragging the first fit, a robust start (medians of exact fits through two points,
 // or three for a circle, spread over the set) competes with the plain first fit: when
 // the n - k points nearest to it lie closer to it than those nearest the plain fit lie

@@ -169,13 +169,15 @@ TEST(Fits, TrimmingCountsOrderAndReproduction) {
     // The line is the plain fit of the points used, bit for bit.
     const SLine again = FitLine(l.used.Std(), 0);
     EXPECT_EQ(again.line, l.line);
-    // No discarded point is nearer the line than a kept one.
-    double keptMax = 0, outMin = INFINITY, d = 0;
-    for (const CZetPoint& q : l.used.Std())
-      G::PointArray2LineDist(&q, 1, l.line, &d), keptMax = std::fmax(keptMax, std::fabs(d));
+    // The kept points are the nearest to a fit close to the final one: only a few
+    // at the boundary may lie farther from the line than the nearest discarded one.
+    double outMin = INFINITY, d = 0;
     for (const CZetPoint& q : l.outliers.Std())
       G::PointArray2LineDist(&q, 1, l.line, &d), outMin = std::fmin(outMin, std::fabs(d));
-    EXPECT_LE(keptMax, outMin);
+    int beyond = 0;
+    for (const CZetPoint& q : l.used.Std())
+      G::PointArray2LineDist(&q, 1, l.line, &d), beyond += std::fabs(d) > outMin;
+    EXPECT_LE(beyond, 3);
   }
 }
 
@@ -251,6 +253,67 @@ TEST(Fits, MillionPoints) {
   const SCircle k = FitCircle(c, 10);
   ASSERT_EQ(k.status, G::kFitOk);
   EXPECT_NEAR(k.diameter, 600, 0.01);
+}
+
+// Accuracy on noisy data of known truth: sigma 0.5 px, every tenth point moved 10 to
+// 60 px off the shape. Discarding exactly the outliers' share gives the fit of the
+// inliers alone, trial by trial; discarding twice as many costs some accuracy (the
+// fit has fewer points, and the farthest good ones among those dropped) but stays
+// near that fit, on lines, full circles and 60-degree arcs alike.
+TEST(Fits, AccuracyAgainstTheFitOfTheInliers) {
+  std::mt19937_64 rng(11);
+  std::normal_distribution<> noise(0, 0.5);
+  std::uniform_real_distribution<> u(0, 1);
+  // Outliers move along the shape's normal at the point: (nx, ny) = normal(q).
+  const auto contaminate = [&](Pts* p, Pts* inliers, auto normal) {
+    for (size_t i = 0; i < p->size(); ++i) {
+      CZetPoint& q = (*p)[i];
+      if (i % 10 == 3) {
+        const double off = (u(rng) < 0.5 ? -1 : 1) * (10 + 50 * u(rng));
+        const CZetPoint n = normal(q);
+        q.x += off * n.x, q.y += off * n.y;
+      }
+      q.x += noise(rng), q.y += noise(rng);
+      if (i % 10 != 3) {
+        inliers->push_back(q);
+      }
+    }
+  };
+  constexpr int kTrials = 40;
+  const double a = 0.3, d = 40;
+  double line20 = 0, lineInliers = 0;
+  for (int t = 0; t < kTrials; ++t) {
+    Pts p = OnLine(a, d, 500, 0.8, -200), in;
+    contaminate(&p, &in, [&](const CZetPoint&) { return CZetPoint(-std::sin(a), std::cos(a)); });
+    const SLine ten = FitLine(p, 10), twenty = FitLine(p, 20), ref = FitLine(in, 0);
+    ASSERT_EQ(twenty.status, G::kFitOk);
+    EXPECT_NEAR(ten.line.a, ref.line.a, 1e-12);
+    EXPECT_NEAR(ten.line.d, ref.line.d, 1e-9);
+    line20 += std::pow(twenty.line.a - a, 2);
+    lineInliers += std::pow(ref.line.a - a, 2);
+  }
+  EXPECT_LT(std::sqrt(line20 / lineInliers), 1.3);
+  for (const double span : {2 * kPi, kPi / 3}) {
+    SCOPED_TRACE(span);
+    double centre20 = 0, centreInliers = 0, radius20 = 0, radiusInliers = 0;
+    for (int t = 0; t < kTrials; ++t) {
+      Pts p = OnCircle(500, 400, 100, 200, 0.4, span), in;
+      contaminate(&p, &in, [](const CZetPoint& q) {
+        return CZetPoint((q.x - 500) / 100, (q.y - 400) / 100);
+      });
+      const SCircle ten = FitCircle(p, 10), twenty = FitCircle(p, 20), ref = FitCircle(in, 0);
+      ASSERT_EQ(twenty.status, G::kFitOk);
+      EXPECT_NEAR(ten.centre.x, ref.centre.x, 1e-5);  // LM's stop, from other starts
+      EXPECT_NEAR(ten.centre.y, ref.centre.y, 1e-5);
+      EXPECT_NEAR(ten.diameter, ref.diameter, 1e-5);
+      centre20 += std::pow(std::hypot(twenty.centre.x - 500, twenty.centre.y - 400), 2);
+      centreInliers += std::pow(std::hypot(ref.centre.x - 500, ref.centre.y - 400), 2);
+      radius20 += std::pow(twenty.diameter / 2 - 100, 2);
+      radiusInliers += std::pow(ref.diameter / 2 - 100, 2);
+    }
+    EXPECT_LT(std::sqrt(centre20 / centreInliers), 1.35);
+    EXPECT_LT(std::sqrt(radius20 / radiusInliers), 1.35);
+  }
 }
 
 // Rakes: teeth every 5 px along a line; some teeth find nothing, some find stray edges.
