@@ -7,7 +7,10 @@ set -euo pipefail
 pkgs=(cmake ninja-build g++ clang libomp-dev pkg-config binutils googletest libgtest-dev
       libbenchmark-dev libhwy-dev libpng-dev libssl-dev nlohmann-json3-dev libcli11-dev
       libspdlog-dev libclang-rt-dev dpkg-dev file
-      libeigen3-dev libcairo2-dev libpango1.0-dev)
+      libeigen3-dev libcairo2-dev libpango1.0-dev
+      # The OS layer: X11 key names to build; the desktop parts it opens at run time
+      # (libX11, libcanberra, zenity) and the X server and key presser of its tests.
+      x11proto-dev libx11-6 libcanberra0 zenity xvfb xdotool)
 [ "${1:-}" = "--bench" ] && pkgs+=(libopencv-dev)
 missing=()
 for p in "${pkgs[@]}"; do

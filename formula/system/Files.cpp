@@ -119,6 +119,17 @@ class CFolderDelete final : public TInstr<CFolderDelete> {
   }
 };
 
+// Copy and move: the result of `ok`, and on failure the message naming both files
+// with the system's text for the last error.
+int Transfer(const CArgs& a, const char* source, const char* verb, bool ok) {
+  CStdStr text;
+  if (!ok)
+    text.Format("Failed to %s \"%s\" to \"%s\". %s", verb, a.Text(0), a.Text(1),
+                CZetOsError::GetErrorMsg(CZetOsError::GetLastError()).c_str());
+  Result(a, source, ok ? nullptr : &text);
+  return kOk;
+}
+
 class CFileCopy final : public TInstr<CFileCopy> {
  public:
   static void Describe(CDescriber& d) {
@@ -132,13 +143,7 @@ class CFileCopy final : public TInstr<CFileCopy> {
   }
   int Execute(IXInstrContext* ctx) override {
     CArgs a(ctx);
-    const char *src = a.Text(0), *dst = a.Text(1);
-    CStdStr text;
-    if (!CZetOs::FileCopy(src, dst, a.Bool(2)))
-      text.Format("Failed to copy \"%s\" to \"%s\". %s", src, dst,
-                  CZetOsError::GetErrorMsg(CZetOsError::GetLastError()).c_str());
-    Result(a, "FileCopy", text.empty() ? nullptr : &text);
-    return kOk;
+    return Transfer(a, "FileCopy", "copy", CZetOs::FileCopy(a.Text(0), a.Text(1), a.Bool(2)));
   }
 };
 
@@ -153,13 +158,7 @@ class CFileMove final : public TInstr<CFileMove> {
   }
   int Execute(IXInstrContext* ctx) override {
     CArgs a(ctx);
-    const char *src = a.Text(0), *dst = a.Text(1);
-    CStdStr text;
-    if (!CZetOs::FileMove(src, dst))
-      text.Format("Failed to move \"%s\" to \"%s\". %s", src, dst,
-                  CZetOsError::GetErrorMsg(CZetOsError::GetLastError()).c_str());
-    Result(a, "FileMove", text.empty() ? nullptr : &text);
-    return kOk;
+    return Transfer(a, "FileMove", "move", CZetOs::FileMove(a.Text(0), a.Text(1)));
   }
 };
 

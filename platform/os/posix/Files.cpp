@@ -211,6 +211,10 @@ bool CZetOs::DeleteTree(const char* path) {
     return Fail(CZetOsError::kAccessDenied, EINVAL);
   struct stat st {};
   if (lstat(target.c_str(), &st) != 0) return FailErrno(errno, target);
+  // "name/" names a folder only.
+  if (path[std::strlen(path) - 1] == '/' && !S_ISDIR(st.st_mode) &&
+      (stat(target.c_str(), &st) != 0 || !S_ISDIR(st.st_mode)))
+    return Fail(CZetOsError::kPathNotFound, ENOTDIR);
   std::error_code ec;
   fs::remove_all(target, ec);
   return ec ? FailErrno(ec.value(), target) : Succeed();
