@@ -5,7 +5,7 @@
 set -euo pipefail
 pkgs=(cmake ninja-build g++ clang libomp-dev pkg-config binutils googletest libgtest-dev
       libbenchmark-dev libhwy-dev libpng-dev libssl-dev nlohmann-json3-dev libcli11-dev
-      libspdlog-dev libcairo2-dev libpango1.0-dev)
+      libspdlog-dev libeigen3-dev libcairo2-dev libpango1.0-dev)
 [ "${1:-}" = "--bench" ] && pkgs+=(libopencv-dev)
 missing=()
 for p in "${pkgs[@]}"; do

@@ -157,6 +157,11 @@ void TermInfo(SInstrInfo& info) {
   info.params.clear();
 }
 
+int ExecuteCopy(IXInstrContext* ctx) {
+  *ctx->GetOutputs()[0] = *ctx->GetInputs()[0];
+  return kOk;
+}
+
 void CArgs::Report(int level, const char* source, const char* text) const {
   auto* notify = static_cast<IXInstrNotify*>(m_ctx->GetService(kServiceNotify));
   if (notify) notify->ReportError(level, CStdStr(source), CStdStr(text));

@@ -82,6 +82,10 @@ class CDescriber {
 // Empties a descriptor's lists (Term); the header stays.
 void TermInfo(SInstrInfo& info);
 
+// The one Execute of SetBoolean, PtSet and LnSet: output 0 becomes a copy of input 0,
+// the whole value whatever its kind.
+int ExecuteCopy(IXInstrContext* ctx);
+
 template <class Derived>
 class TInstr : public IXInstrPlugin {
  public:

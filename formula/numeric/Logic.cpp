@@ -20,11 +20,7 @@ class CBooleanSet final : public TInstr<CBooleanSet> {
     Logic(d, "SetBoolean", "_Zet_Boolean_Set_", 460075, "Sets a boolean to the specified value")
         .Output(kTypeBool, "output");
   }
-  int Execute(IXInstrContext* ctx) override {
-    CArgs a(ctx);
-    a.Out(0) = a.In(0);  // the whole value, as SetNumber does
-    return kOk;
-  }
+  int Execute(IXInstrContext* ctx) override { return ExecuteCopy(ctx); }
 };
 
 class CNot final : public TInstr<CNot> {

@@ -242,6 +242,9 @@ std::vector<SScenario> Scenarios() {
     SScenario sc{"number " + std::to_string(h), {}, {}};
     sc.byType[kTypeNumber] = V(h);
     sc.byType[kTypeNumberArray] = NumArr({h, 1.0, h});
+    sc.byType[kTypePoint] = V(CZetPoint(h, 1.0));
+    sc.byType[kTypeLine] = V(CZetLine(h, h));
+    sc.byType[kTypePointArray] = PtArr({{h, 1.0}, {1.0, h}, {h, h}, {0.0, 0.0}});
     s.push_back(sc);
   }
   const std::string longText(50000, 'a');

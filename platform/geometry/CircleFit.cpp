@@ -1,0 +1,234 @@
+// The best-fit circle: the geometric least-squares circle (minimising the sum of
+// squared orthogonal distances |p - c| - r), with the outlier trimming of FitCommon.h.
+//
+// Start: the algebraic "Hyper" fit (Al-Sharadqah and Chernov), which has no essential
+// bias, unlike the simple algebraic fit whose radius shrinks on short arcs. The circle
+// A z + B x + C y + D = 0 (z = x² + y²) minimises A'MA under A'NA = 1, M the moment
+// matrix of the rows (z, x, y, 1) and N Hyper's constraint; with Y = M^½ that is the
+// eigenvector of Y N⁻¹ Y with the smallest positive eigenvalue, A = Y⁻¹ times it.
+// Then Levenberg-Marquardt on the orthogonal distances. All of it runs on coordinates
+// centred on the centroid and scaled to unit spread, so that neither the size of the
+// circle nor its place in the image costs precision.
+#include <Eigen/Dense>
+#include <cmath>
+
+#include "FitCommon.h"
+
+namespace zet::geometry {
+namespace {
+
+using Eigen::Matrix3d;
+using Eigen::Matrix4d;
+using Eigen::Vector3d;
+using Eigen::Vector4d;
+
+// Relative size below which a singular value counts as zero (an exact fit), and the
+// flatness of the scatter below which the points count as collinear.
+constexpr double kExactFit = 1e-12;
+constexpr double kCollinear = 1e-10;
+constexpr int kMaxIterations = 100;
+// Levenberg-Marquardt stops at a step below this (relative to the circle) or a
+// relative decrease of the cost below that.
+constexpr double kStepTolerance = 1e-12;
+constexpr double kCostTolerance = 1e-12;
+
+struct SCircleModel {
+  static constexpr size_t kMinPoints = 3;
+  double cx = 0, cy = 0, r = 0;
+  bool fitted = false;  // cx, cy, r hold a circle
+
+  double Distance(const CZetPoint& p) const {
+    const double dx = p.x - cx, dy = p.y - cy;
+    return std::fabs(std::sqrt(dx * dx + dy * dy) - r);
+  }
+
+  unsigned Fit(const CZetPoint* points, const uint32_t* idx, size_t m) {
+    return WithIndex(idx, [&](auto at) { return FitAt(points, m, at); });
+  }
+
+  // The centre: the median, coordinate by coordinate, of the centres of the circles
+  // through points a third of the set apart; the radius: the median distance of the
+  // points from it.
+  bool RobustStart(const CZetPoint* points, size_t n) {
+    const size_t third = n / 3;
+    std::vector<double> xs, ys;
+    xs.reserve(third), ys.reserve(third);
+    for (size_t i = 0; i < third; ++i) {
+      const CZetPoint& a = points[i];
+      const double bx = points[i + third].x - a.x, by = points[i + third].y - a.y;
+      const double qx = points[i + 2 * third].x - a.x, qy = points[i + 2 * third].y - a.y;
+      const double det = 2 * (bx * qy - by * qx);
+      const double b2 = bx * bx + by * by, q2 = qx * qx + qy * qy;
+      const double ux = (qy * b2 - by * q2) / det, uy = (bx * q2 - qx * b2) / det;
+      if (!std::isfinite(ux) || !std::isfinite(uy)) continue;  // collinear, or too far
+      xs.push_back(a.x + ux);
+      ys.push_back(a.y + uy);
+    }
+    if (xs.empty()) return false;
+    cx = MedianInPlace(xs), cy = MedianInPlace(ys);
+    std::vector<double> radii(n);
+    for (size_t i = 0; i < n; ++i) {
+      const double dx = points[i].x - cx, dy = points[i].y - cy;
+      radii[i] = std::sqrt(dx * dx + dy * dy);
+      if (std::isnan(radii[i])) return false;
+    }
+    r = MedianInPlace(radii);
+    fitted = std::isfinite(cx) && std::isfinite(cy) && std::isfinite(r);
+    return fitted;
+  }
+
+  template <class At>
+  unsigned FitAt(const CZetPoint* points, size_t m, At at) {
+    SFrame f;
+    unsigned status = CentredMoments(points, m, at, &f);
+    if (status != CZetGeometry::kFitOk) return status;
+    // The points as the fit sees them: q = (frame - mean) / spread.
+    const double spread = std::sqrt((f.cxx + f.cyy) / static_cast<double>(m));
+    const double lmax = 0.5 * (f.cxx + f.cyy) +
+                        std::hypot(0.5 * (f.cxx - f.cyy), f.cxy);  // scatter's major axis
+    const double lmin = f.cxx + f.cyy - lmax;
+    if (!(lmin > kCollinear * kCollinear * lmax)) return CZetGeometry::kFitDegenerate;
+    const auto q = [&](size_t i) {
+      const CZetPoint p = f.ToFrame(points[at(i)]);
+      return CZetPoint((p.x - f.mx) / spread, (p.y - f.my) / spread);
+    };
+
+    Vector3d c;  // centre x, centre y, radius, in q
+    if (fitted) {  // a refit of a subset starts from the fit it was chosen by
+      const CZetPoint p = f.ToFrame(CZetPoint(cx, cy));
+      c = Vector3d((p.x - f.mx) / spread, (p.y - f.my) / spread, r * f.invScale / spread);
+    }
+    if (!fitted || !c.allFinite()) {
+      if (!Hyper(m, q, &c)) return CZetGeometry::kFitDegenerate;
+    }
+    Refine(m, q, &c);
+    const CZetPoint centre = f.FromFrame(f.mx + spread * c[0], f.my + spread * c[1]);
+    cx = centre.x, cy = centre.y;
+    r = std::fabs(c[2]) * spread / f.invScale;
+    fitted = std::isfinite(cx) && std::isfinite(cy) && std::isfinite(r);
+    return fitted ? CZetGeometry::kFitOk : CZetGeometry::kFitNonFinite;
+  }
+
+  template <class Q>
+  static bool Hyper(size_t m, Q q, Vector3d* circle) {
+    // The moments of the rows (z, x, y, 1), z = x² + y².
+    double zz = 0, zx = 0, zy = 0, z1 = 0, xx = 0, xy = 0, x1 = 0, yy = 0, y1 = 0;
+    for (size_t i = 0; i < m; ++i) {
+      const CZetPoint p = q(i);
+      const double z = p.x * p.x + p.y * p.y;
+      zz += z * z, zx += z * p.x, zy += z * p.y, z1 += z;
+      xx += p.x * p.x, xy += p.x * p.y, x1 += p.x, yy += p.y * p.y, y1 += p.y;
+    }
+    Matrix4d M;
+    M << zz, zx, zy, z1,  //
+        zx, xx, xy, x1,   //
+        zy, xy, yy, y1,   //
+        z1, x1, y1, static_cast<double>(m);
+    M /= static_cast<double>(m);
+    Matrix4d N;
+    N << 8 * M(0, 3), 4 * M(1, 3), 4 * M(2, 3), 2,  //
+        4 * M(1, 3), 1, 0, 0,                       //
+        4 * M(2, 3), 0, 1, 0,                       //
+        2, 0, 0, 0;
+    Eigen::SelfAdjointEigenSolver<Matrix4d> eig(M);
+    if (eig.info() != Eigen::Success) return false;
+    const Vector4d ev = eig.eigenvalues().cwiseMax(0.0);  // ascending
+    Vector4d A;
+    if (ev[0] <= kExactFit * kExactFit * ev[3]) {
+      A = eig.eigenvectors().col(0);  // the points lie on a circle (or line) exactly
+    } else {
+      const Matrix4d& V = eig.eigenvectors();
+      const Matrix4d Y = V * ev.cwiseSqrt().asDiagonal() * V.transpose();
+      const Matrix4d Yinv = V * ev.cwiseSqrt().cwiseInverse().asDiagonal() * V.transpose();
+      Eigen::SelfAdjointEigenSolver<Matrix4d> h(Y * N.inverse() * Y);
+      if (h.info() != Eigen::Success) return false;
+      int k = -1;
+      for (int j = 0; j < 4 && k < 0; ++j)
+        if (h.eigenvalues()[j] > 0) k = j;
+      if (k < 0) return false;
+      A = Yinv * h.eigenvectors().col(k);
+    }
+    // A z + B x + C y + D = 0 with A = 0 is a line, not a circle.
+    if (!(std::fabs(A[0]) > kExactFit * A.tail<3>().norm())) return false;
+    const double cx = -A[1] / (2 * A[0]), cy = -A[2] / (2 * A[0]);
+    const double r2 = cx * cx + cy * cy - A[3] / A[0];
+    if (!(r2 > 0) || !std::isfinite(r2)) return false;
+    *circle = Vector3d(cx, cy, std::sqrt(r2));
+    return true;
+  }
+
+  // Levenberg-Marquardt on e_i = |q_i - c| - r: J_i = (-(qx - cx)/|q - c|,
+  // -(qy - cy)/|q - c|, -1); steps from (JᵀJ + λ diag JᵀJ) δ = -Jᵀe.
+  template <class Q>
+  static void Refine(size_t m, Q q, Vector3d* circle) {
+    struct SEval {
+      Matrix3d jtj;
+      Vector3d jte;
+      double cost;
+    };
+    const auto eval = [&](const Vector3d& c) {
+      SEval e{Matrix3d::Zero(), Vector3d::Zero(), 0.0};
+      double s00 = 0, s01 = 0, s02 = 0, s11 = 0, s12 = 0, s0 = 0, s1 = 0, s2 = 0;
+      for (size_t i = 0; i < m; ++i) {
+        const CZetPoint p = q(i);
+        const double dx = p.x - c[0], dy = p.y - c[1];
+        const double dist = std::sqrt(dx * dx + dy * dy);
+        const double res = dist - c[2];
+        const double ux = dist > 0 ? dx / dist : 0.0, uy = dist > 0 ? dy / dist : 0.0;
+        s00 += ux * ux, s01 += ux * uy, s02 += ux, s11 += uy * uy, s12 += uy;
+        s0 -= ux * res, s1 -= uy * res, s2 -= res;
+        e.cost += res * res;
+      }
+      e.jtj << s00, s01, s02, s01, s11, s12, s02, s12, static_cast<double>(m);
+      e.jte << s0, s1, s2;
+      return e;
+    };
+    Vector3d c = *circle;
+    SEval cur = eval(c);
+    double lambda = 1e-4;
+    for (int it = 0; it < kMaxIterations && cur.cost > 0; ++it) {
+      Matrix3d a = cur.jtj;
+      a.diagonal() *= 1.0 + lambda;
+      const Vector3d step = a.ldlt().solve(-cur.jte);
+      // Converged: a step this small changes nothing but the rounding.
+      if (!step.allFinite() || step.norm() <= kStepTolerance * (1.0 + c.norm())) break;
+      const SEval trial = eval(c + step);
+      if (trial.cost < cur.cost) {
+        const bool flat = cur.cost - trial.cost <= kCostTolerance * cur.cost;
+        c += step;
+        cur = trial;
+        lambda = std::fmax(lambda * 0.1, 1e-12);
+        if (flat) break;
+      } else {
+        lambda *= 10;
+      }
+    }
+    *circle = c;
+  }
+};
+
+}  // namespace
+}  // namespace zet::geometry
+
+using zet::geometry::SCircleModel;
+using zet::geometry::SKept;
+
+unsigned CZetGeometry::Points2BestCircle(const CZetPoint* points, size_t count,
+                                         unsigned percent, double* diameter,
+                                         unsigned* included, double* avgError,
+                                         CZetPoint* center, CZetPointVector* outliers,
+                                         CZetPointVector* used) {
+  SCircleModel model;
+  SKept kept;
+  const unsigned status = zet::geometry::TrimmedFit(points, count, percent, model, &kept);
+  *included = status == kFitOk ? static_cast<unsigned>(kept.Count(count)) : 0u;
+  zet::geometry::SplitPoints(points, count, status == kFitOk ? &kept : nullptr, used, outliers);
+  if (status != kFitOk) return status;
+  const size_t m = kept.Count(count);
+  double sum = 0;
+  for (size_t j = 0; j < m; ++j) sum += model.Distance(points[kept.all ? j : kept.idx[j]]);
+  *diameter = 2 * model.r;
+  *avgError = sum / static_cast<double>(m);
+  *center = CZetPoint(model.cx, model.cy);
+  return kFitOk;
+}

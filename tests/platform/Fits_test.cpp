@@ -1,0 +1,332 @@
+// The line, circle and rake fits: exact data, statuses on bad input, the trimming of
+// outliers (counts, order, robustness to gross outliers), the signed extremes, and
+// large and far-off point sets.
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <limits>
+#include <random>
+#include <string>
+#include <vector>
+
+#include "zet/ZetGeometry.h"
+
+namespace {
+
+using G = CZetGeometry;
+using Pts = std::vector<CZetPoint>;
+constexpr double kPi = G::Pi;
+const double kNaN = std::numeric_limits<double>::quiet_NaN();
+const double kInf = std::numeric_limits<double>::infinity();
+
+struct SLine {
+  unsigned status = 99, included = 99;
+  CZetLine line{-7, -7};
+  CZetPointVector outliers, used;
+};
+SLine FitLine(const Pts& p, unsigned percent) {
+  SLine r;
+  r.status = G::Points2BestLine(p.data(), p.size(), percent, &r.included, &r.line, &r.outliers,
+                                &r.used);
+  return r;
+}
+
+struct SCircle {
+  unsigned status = 99, included = 99;
+  double diameter = -7, error = -7;
+  CZetPoint centre{-7, -7};
+  CZetPointVector outliers, used;
+};
+SCircle FitCircle(const Pts& p, unsigned percent) {
+  SCircle r;
+  r.status = G::Points2BestCircle(p.data(), p.size(), percent, &r.diameter, &r.included,
+                                  &r.error, &r.centre, &r.outliers, &r.used);
+  return r;
+}
+
+Pts OnLine(double a, double d, int n, double step = 1.0, double t0 = -10) {
+  Pts p;
+  for (int i = 0; i < n; ++i) {
+    const double t = t0 + i * step;
+    p.emplace_back(-std::sin(a) * d + t * std::cos(a), std::cos(a) * d + t * std::sin(a));
+  }
+  return p;
+}
+
+Pts OnCircle(double cx, double cy, double r, int n, double from = 0, double span = 2 * kPi) {
+  Pts p;
+  for (int i = 0; i < n; ++i) {
+    const double t = from + span * i / (span >= 2 * kPi ? n : n - 1);
+    p.emplace_back(cx + r * std::cos(t), cy + r * std::sin(t));
+  }
+  return p;
+}
+
+TEST(Fits, StatusOnBadInput) {
+  const Pts line = OnLine(0.3, 5, 10), circle = OnCircle(0, 0, 10, 10);
+  Pts equal(6, CZetPoint(3, 3)), nanPt = line, infPt = circle;
+  nanPt[4].y = kNaN;
+  infPt[2].x = -kInf;
+  const struct {
+    const char* what;
+    const Pts* pts;
+    unsigned percent, lineStatus, circleStatus;
+  } cases[] = {
+      {"percent 101", &line, 101, G::kFitBadPercent, G::kFitBadPercent},
+      {"percent -1", &circle, static_cast<unsigned>(-1), G::kFitBadPercent, G::kFitBadPercent},
+      {"percent 100", &line, 100, G::kFitTooFewPoints, G::kFitTooFewPoints},
+      {"percent 80 of 10", &circle, 80, G::kFitOk, G::kFitTooFewPoints},  // 2 left
+      {"percent 90 of 10", &circle, 90, G::kFitTooFewPoints, G::kFitTooFewPoints},
+      {"all points equal", &equal, 0, G::kFitDegenerate, G::kFitDegenerate},
+      {"collinear", &line, 0, G::kFitOk, G::kFitDegenerate},
+      {"NaN", &nanPt, 0, G::kFitNonFinite, G::kFitNonFinite},
+      {"infinity", &infPt, 30, G::kFitNonFinite, G::kFitNonFinite},
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.what);
+    const SLine l = FitLine(*c.pts, c.percent);
+    EXPECT_EQ(l.status, c.lineStatus);
+    const SCircle k = FitCircle(*c.pts, c.percent);
+    EXPECT_EQ(k.status, c.circleStatus);
+    if (l.status != G::kFitOk) {  // counts 0, vectors empty, the rest untouched
+      EXPECT_EQ(l.included, 0u);
+      EXPECT_EQ(l.used.Size() + l.outliers.Size(), 0u);
+      EXPECT_EQ(l.line, CZetLine(-7, -7));
+    }
+    if (k.status != G::kFitOk) {
+      EXPECT_EQ(k.included, 0u);
+      EXPECT_EQ(k.used.Size() + k.outliers.Size(), 0u);
+      EXPECT_EQ(k.diameter, -7);
+    }
+  }
+  for (size_t n : {0, 1}) EXPECT_EQ(FitLine(Pts(n, CZetPoint(1, 2)), 0).status, G::kFitTooFewPoints);
+  EXPECT_EQ(FitCircle({{0, 0}, {1, 1}}, 0).status, G::kFitTooFewPoints);
+  EXPECT_EQ(FitCircle({{0, 0}, {1, 1}, {0, 0}}, 0).status, G::kFitDegenerate);
+}
+
+TEST(Fits, ExactDataGivesTheShapeBack) {
+  for (double a : {0.0, 0.7, kPi / 2, -1.2, 2.5}) {
+    SCOPED_TRACE(a);
+    const SLine l = FitLine(OnLine(a, 12, 30), 0);
+    ASSERT_EQ(l.status, G::kFitOk);
+    CZetLine want(a, 12);
+    G::NormalizeLine(&want);
+    EXPECT_NEAR(l.line.a, want.a, 1e-13);
+    EXPECT_NEAR(l.line.d, want.d, 1e-11);
+    EXPECT_EQ(l.included, 30u);
+    EXPECT_EQ(l.used.Std(), OnLine(a, 12, 30));
+  }
+  const struct {
+    double cx, cy, r, from, span;
+  } circles[] = {{0, 0, 1, 0, 2 * kPi},           {512, 384, 100, 0, 2 * kPi},
+                 {-3e6, 4e6, 250, 1, kPi / 3},   {10, 10, 1e-6, 0, 2 * kPi},
+                 {0, 0, 1e5, 0.2, 0.01}};
+  for (const auto& c : circles) {
+    SCOPED_TRACE(c.r);
+    const SCircle k = FitCircle(OnCircle(c.cx, c.cy, c.r, 40, c.from, c.span), 0);
+    ASSERT_EQ(k.status, G::kFitOk);
+    const double tol = 1e-9 * (c.r + std::hypot(c.cx, c.cy));
+    EXPECT_NEAR(k.diameter, 2 * c.r, tol);
+    EXPECT_NEAR(k.centre.x, c.cx, tol);
+    EXPECT_NEAR(k.centre.y, c.cy, tol);
+    EXPECT_NEAR(k.error, 0, tol);
+  }
+  // Three points make one circle; coordinates near the largest doubles are scaled.
+  const SCircle three = FitCircle({{0, 0}, {2, 0}, {1, 1}}, 0);
+  EXPECT_NEAR(three.centre.x, 1, 1e-14);
+  EXPECT_NEAR(three.centre.y, 0, 1e-14);
+  EXPECT_NEAR(three.diameter, 2, 1e-14);
+  const SLine huge = FitLine({{-1.5e308, 1e308}, {0, 1e308}, {1.5e308, 1e308}}, 0);
+  ASSERT_EQ(huge.status, G::kFitOk);
+  EXPECT_EQ(huge.line, CZetLine(0, 1e308));
+}
+
+TEST(Fits, TrimmingCountsOrderAndReproduction) {
+  std::mt19937_64 rng(5);
+  std::normal_distribution<> noise(0, 0.5);
+  Pts p = OnLine(0.2, 40, 200, 2.0);
+  for (CZetPoint& q : p) q.y += noise(rng);
+  const struct {
+    unsigned percent;
+    unsigned kept;
+  } cases[] = {{0, 200}, {1, 198}, {9, 182}, {33, 134}, {50, 100}, {99, 2}};
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.percent);
+    const SLine l = FitLine(p, c.percent);
+    ASSERT_EQ(l.status, G::kFitOk);
+    EXPECT_EQ(l.included, c.kept);
+    ASSERT_EQ(l.used.Size(), c.kept);
+    ASSERT_EQ(l.outliers.Size(), 200 - c.kept);
+    // Used and outliers each keep the input order and together are the input.
+    size_t u = 0, o = 0;
+    for (const CZetPoint& q : p) {
+      if (u < l.used.Size() && l.used[static_cast<unsigned>(u)] == q)
+        ++u;
+      else
+        ASSERT_EQ(l.outliers[static_cast<unsigned>(o++)], q);
+    }
+    EXPECT_EQ(u + o, p.size());
+    // The line is the plain fit of the points used, bit for bit.
+    const SLine again = FitLine(l.used.Std(), 0);
+    EXPECT_EQ(again.line, l.line);
+    // No discarded point is nearer the line than a kept one.
+    double keptMax = 0, outMin = INFINITY, d = 0;
+    for (const CZetPoint& q : l.used.Std())
+      G::PointArray2LineDist(&q, 1, l.line, &d), keptMax = std::fmax(keptMax, std::fabs(d));
+    for (const CZetPoint& q : l.outliers.Std())
+      G::PointArray2LineDist(&q, 1, l.line, &d), outMin = std::fmin(outMin, std::fabs(d));
+    EXPECT_LE(keptMax, outMin);
+  }
+}
+
+// One far point drags a plain fit; discarding one point (5 % of 21) takes exactly it
+// out. A clump of outliers drags the first fit more; the steps and refits still find it.
+TEST(Fits, GrossOutliersDoNotDecideTheTrimming) {
+  Pts line = OnLine(0, 100, 20);
+  line.insert(line.begin() + 7, CZetPoint(0, 5000));
+  const SLine l = FitLine(line, 5);  // floor(21 * 5 / 100) = 1
+  ASSERT_EQ(l.status, G::kFitOk);
+  EXPECT_EQ(l.outliers.Std(), Pts{CZetPoint(0, 5000)});
+  EXPECT_NEAR(l.line.a, 0, 1e-14);
+  EXPECT_NEAR(l.line.d, 100, 1e-12);
+
+  // A tenth of the points in a tight clump far off the circle, a fifth discarded.
+  std::mt19937_64 rng(9);
+  std::normal_distribution<> noise(0, 0.5);
+  Pts c = OnCircle(300, 200, 80, 90, 0.3, kPi / 3);
+  for (CZetPoint& q : c) q.x += noise(rng), q.y += noise(rng);
+  for (int i = 0; i < 10; ++i) c.insert(c.begin() + 9 * i, CZetPoint(150 + i, 50 + i % 3));
+  const SCircle k = FitCircle(c, 20);
+  ASSERT_EQ(k.status, G::kFitOk);
+  EXPECT_EQ(k.included, 80u);
+  EXPECT_NEAR(k.centre.x, 300, 3);
+  EXPECT_NEAR(k.centre.y, 200, 3);
+  EXPECT_NEAR(k.diameter, 160, 6);
+  int clump = 0;  // all ten among the twenty discarded
+  for (const CZetPoint& q : k.outliers.Std()) clump += q.x >= 150 && q.x < 160;
+  EXPECT_EQ(clump, 10);
+}
+
+TEST(Fits, SignedExtremesEitherSide) {
+  // The fitted line is y = 0 by symmetry: the point above it (y < 0) is the minimum.
+  const Pts p = {{0, 0}, {10, 0}, {5, 1}, {5, -1}, {5, 0.5}};
+  unsigned included = 0;
+  double lo = 0, hi = 0;
+  CZetPoint plo, phi;
+  CZetLine line;
+  CZetPointVector outliers;
+  ASSERT_EQ(G::Points2BestLineMaxOutliers(p.data(), 4, 0, &included, &lo, &hi, &plo, &phi,
+                                          &line, &outliers),
+            G::kFitOk);
+  EXPECT_NEAR(line.a, 0, 1e-15);
+  EXPECT_NEAR(lo, -1, 1e-15);
+  EXPECT_NEAR(hi, 1, 1e-15);
+  EXPECT_EQ(plo, CZetPoint(5, -1));
+  EXPECT_EQ(phi, CZetPoint(5, 1));
+  // 20 % of 5 is one point: the furthest goes, the extremes are of the rest.
+  ASSERT_EQ(G::Points2BestLineMaxOutliers(p.data(), 5, 20, &included, &lo, &hi, &plo, &phi,
+                                          &line, &outliers),
+            G::kFitOk);
+  EXPECT_EQ(included, 4u);
+  EXPECT_EQ(outliers.Size(), 1u);
+  EXPECT_LE(hi - lo, 1.5 + 1e-12);
+  EXPECT_EQ(G::Points2BestLineMaxOutliers(p.data(), 5, 400, &included, &lo, &hi, &plo, &phi,
+                                          &line, &outliers),
+            G::kFitBadPercent);
+}
+
+TEST(Fits, MillionPoints) {
+  std::mt19937_64 rng(3);
+  std::normal_distribution<> noise(0, 0.5);
+  Pts p = OnLine(-0.4, 250, 1000000, 0.001);
+  for (CZetPoint& q : p) q.x += noise(rng), q.y += noise(rng);
+  for (size_t i = 0; i < p.size(); i += 10) p[i].y += 400;
+  const SLine l = FitLine(p, 20);
+  ASSERT_EQ(l.status, G::kFitOk);
+  EXPECT_EQ(l.included, 800000u);
+  EXPECT_NEAR(l.line.a, -0.4, 1e-4);
+  EXPECT_NEAR(l.line.d, 250, 0.05);
+  Pts c = OnCircle(1000, 1000, 300, 1000000);
+  for (CZetPoint& q : c) q.x += noise(rng), q.y += noise(rng);
+  const SCircle k = FitCircle(c, 10);
+  ASSERT_EQ(k.status, G::kFitOk);
+  EXPECT_NEAR(k.diameter, 600, 0.01);
+}
+
+// Rakes: teeth every 5 px along a line; some teeth find nothing, some find stray edges.
+struct SRakeFit {
+  unsigned status, included;
+  CZetLine line;
+  CZetPointVector outliers, used;
+};
+SRakeFit Rake(const Pts& p, unsigned percent, double lin, double ang) {
+  SRakeFit r{99, 99, {-7, -7}, {}, {}};
+  r.status = G::RakePoints2BestLine(p.data(), p.size(), percent, lin, ang, &r.included, &r.line,
+                                    &r.outliers, &r.used);
+  return r;
+}
+
+TEST(RakeFit, MissingTeethAndStrayPoints) {
+  const double a = 0.25;
+  const auto tooth = [&](int i, double off = 0) {
+    return CZetPoint(10 + 5 * i * std::cos(a) - off * std::sin(a),
+                     20 + 5 * i * std::sin(a) + off * std::cos(a));
+  };
+  std::mt19937_64 rng(11);
+  std::normal_distribution<> noise(0, 0.05);
+  Pts pts, strays;
+  for (int i = 0; i < 40; ++i) {
+    if (i == 6 || i == 7 || i == 21) continue;  // missing teeth
+    if (i == 12 || i == 30 || i == 31) {        // stray edges, 4 to 9 px off the line
+      strays.push_back(tooth(i, 4 + i % 6));
+      pts.push_back(strays.back());
+      continue;
+    }
+    pts.push_back(tooth(i, noise(rng)));
+  }
+  pts.insert(pts.begin(), CZetPoint(400, -300));  // a stray before the first tooth
+  strays.insert(strays.begin(), pts.front());
+
+  CZetLine truth(a, 20 * std::cos(a) - 10 * std::sin(a));
+  const struct {
+    const char* what;
+    double lin, ang;
+    bool strayFree;
+  } cases[] = {
+      {"both steps", 1.0, 0.15, true},
+      {"pitch only", 1.0, 0, true},  // strays also break the spacing here
+      {"direction only", 0, 0.15, true},
+      {"neither: a plain fit", 0, 0, false},
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.what);
+    const SRakeFit r = Rake(pts, 0, c.lin, c.ang);
+    ASSERT_EQ(r.status, G::kFitOk);
+    EXPECT_EQ(r.used.Size() + r.outliers.Size(), pts.size());
+    if (!c.strayFree) {
+      EXPECT_EQ(r.included, pts.size());
+      continue;
+    }
+    EXPECT_EQ(r.outliers.Std(), strays);
+    EXPECT_EQ(r.included, pts.size() - strays.size());
+    EXPECT_NEAR(r.line.a, truth.a, 2e-3);
+    EXPECT_NEAR(r.line.d, truth.d, 0.1);
+  }
+  // The percentage then trims the chain; outliers are every point not used.
+  const SRakeFit trimmed = Rake(pts, 10, 1.0, 0.15);
+  ASSERT_EQ(trimmed.status, G::kFitOk);
+  EXPECT_EQ(trimmed.included, 31u);  // 34 in the chain, floor(3.4) trimmed
+  EXPECT_EQ(trimmed.outliers.Size(), pts.size() - 31);
+
+  EXPECT_EQ(Rake(pts, 101, 1, 1).status, G::kFitBadPercent);
+  EXPECT_EQ(Rake({{1, 1}}, 0, 1, 1).status, G::kFitTooFewPoints);
+  EXPECT_EQ(Rake(Pts(5, CZetPoint(2, 2)), 0, 1, 1).status, G::kFitDegenerate);
+  Pts bad = pts;
+  bad[3].x = kNaN;
+  const SRakeFit nan = Rake(bad, 0, 1, 1);
+  EXPECT_EQ(nan.status, G::kFitNonFinite);
+  EXPECT_EQ(nan.included, 0u);
+  EXPECT_EQ(nan.used.Size() + nan.outliers.Size(), 0u);
+}
+
+}  // namespace
