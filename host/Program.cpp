@@ -33,10 +33,12 @@ constexpr std::pair<const char*, int> kTypeNames[] = {
 
 void OnlyKeys(const Json& j, std::initializer_list<const char*> keys, const std::string& what) {
   if (!j.is_object()) Fail(what + ": expected an object");
-  for (const auto& [key, value] : j.items())
+  for (const auto& item : j.items()) {
+    const std::string& key = item.key();
     if (std::find_if(keys.begin(), keys.end(), [&](const char* k) { return key == k; }) ==
         keys.end())
       Fail(what + ": unknown field \"" + key + "\"");
+  }
 }
 
 // {"var": "name"} names a variable; anything else is a literal.
