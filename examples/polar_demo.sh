@@ -14,8 +14,8 @@
 # Then it inspects four frames of parts of different sizes (OUT_DIR/frames, each with
 # the rim points polar_frame drew) with the example program rim_check.json: a circle
 # fitted to each part's rim, its diameter and circularity in OUT_DIR/run/results.jsonl
-# and results.csv, and an overlay per frame, OUT_DIR/run/part_N.png. A build without
-# the circle fit runs rim_points.json instead, which draws the rim points only.
+# and results.csv, and an overlay per frame, OUT_DIR/run/part_N.png: the fitted circle,
+# the rim points it used, the rejected outliers and the measurements.
 set -eu
 
 if [ $# -ne 2 ]; then
@@ -56,12 +56,7 @@ mkdir -p "$out/frames"
 for seed in 1 2 3 4; do
   "$build/bin/polar_frame" "$out/frames/part_$seed.pgm" 1280 960 "$seed"
 done
-program=$examples/rim_check.json
-if ! "$build/bin/zet" describe PtsToBestCircle >/dev/null 2>&1; then
-  echo "(this build has no circle fit yet: rim_points.json instead of rim_check.json)"
-  program=$examples/rim_points.json
-fi
-"$build/bin/zet" run "$program" "$out/frames" --out "$out/run" --csv
+"$build/bin/zet" run "$examples/rim_check.json" "$out/frames" --out "$out/run" --csv
 for seed in 1 2 3 4; do
   [ -s "$out/run/part_$seed.png" ] || { echo "$0: $out/run/part_$seed.png was not written" >&2; exit 1; }
 done

@@ -33,10 +33,12 @@ constexpr std::pair<const char*, int> kTypeNames[] = {
 
 void OnlyKeys(const Json& j, std::initializer_list<const char*> keys, const std::string& what) {
   if (!j.is_object()) Fail(what + ": expected an object");
-  for (const auto& [key, value] : j.items())
+  for (const auto& item : j.items()) {
+    const std::string& key = item.key();
     if (std::find_if(keys.begin(), keys.end(), [&](const char* k) { return key == k; }) ==
         keys.end())
       Fail(what + ": unknown field \"" + key + "\"");
+  }
 }
 
 // {"var": "name"} names a variable; anything else is a literal.
@@ -109,27 +111,27 @@ class CLoader {
 
   void Variables(const Json& vars) {
     if (!vars.is_object()) Fail("\"variables\" must be an object of name: declaration");
-    for (const auto& [name, spec] : vars.items()) {
+    for (const auto& [name, decl] : vars.items()) {
       const std::string what = "variable '" + name + "'";
       if (name.empty() || name == kImageVariable)
         Fail(what + ": the name is empty or reserved for the image being inspected");
-      OnlyKeys(spec, {"type", "value", "file"}, what);
+      OnlyKeys(decl, {"type", "value", "file"}, what);
       SVariable& v = m_program.vars[static_cast<size_t>(Declare(name))];
-      if (spec.contains("type")) {
-        const Json& t = spec["type"];
+      if (decl.contains("type")) {
+        const Json& t = decl["type"];
         for (const auto& [typeName, code] : kTypeNames)
           if (t == typeName) v.type = code;
         if (!v.type) Fail(what + ": unknown type " + t.dump());
       }
-      if (spec.contains("value") && spec.contains("file"))
+      if (decl.contains("value") && decl.contains("file"))
         Fail(what + ": give \"value\" or \"file\", not both");
-      if ((spec.contains("value") || spec.contains("file")) && !v.type)
+      if ((decl.contains("value") || decl.contains("file")) && !v.type)
         Fail(what + ": a \"value\" or \"file\" needs a \"type\"");
-      if (spec.contains("value")) DecodeLiteral(spec["value"], v.type, v.value, what);
-      if (spec.contains("file")) {
-        if (!spec["file"].is_string() || spec["file"].get<std::string>().empty())
+      if (decl.contains("value")) DecodeLiteral(decl["value"], v.type, v.value, what);
+      if (decl.contains("file")) {
+        if (!decl["file"].is_string() || decl["file"].get<std::string>().empty())
           Fail(what + ": \"file\" must be a file name pattern");
-        v.file = spec["file"].get<std::string>();
+        v.file = decl["file"].get<std::string>();
       }
       if (!v.value.IsEmpty() || !v.file.empty()) m_set.insert(m_names[name]);
     }

@@ -275,7 +275,8 @@ class CCollector {
     if (!written) m_log << "zet run: cannot write the results in " << m_opt.outDir << '\n';
     if (m_opt.progress) {
       const double seconds = std::chrono::duration<double>(Clock::now() - m_start).count();
-      m_log << "zet run: " << m_done.size() << " images, " << m_done.size() - m_failed << " ok, "
+      m_log << "zet run: " << m_done.size() << (m_done.size() == 1 ? " image, " : " images, ")
+            << m_done.size() - m_failed << " ok, "
             << m_failed << " failed in " << static_cast<int>(seconds * 10) / 10.0 << " s; results in "
             << (fs::path(m_opt.outDir) / "results.jsonl").string() << '\n';
     }

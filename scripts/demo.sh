@@ -1,7 +1,8 @@
 #!/usr/bin/env bash
 # The demo: installs what is missing, builds, and runs a short zet session (the
 # catalogue, a few executions, a report among them), then derives the images of a
-# synthetic polarization frame into demo-out/.
+# synthetic polarization frame into demo-out/ and runs the example inspection program
+# over four frames: a circle fitted to each part's rim, overlays in demo-out/run/.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 bash scripts/deps.sh
@@ -14,7 +15,7 @@ echo "== zet list (first lines of $(wc -l <<<"$list")) =="
 head -n 8 <<<"$list"
 echo
 echo "== zet describe PrintfNumInf =="
-$zet describe PrintfNumInf || true
+$zet describe PrintfNumInf
 echo
 echo "== zet exec =="
 while IFS= read -r line; do
@@ -31,8 +32,6 @@ done <<'REQUESTS'
 {"instr": "Remainder", "inputs": [7, 0]}
 {"instr": "Ad"}
 REQUESTS
-if [ -x examples/polar_demo.sh ]; then
-  echo
-  echo "== polarization images =="
-  bash examples/polar_demo.sh build/release demo-out
-fi
+echo
+echo "== polarization images and the inspection program =="
+bash examples/polar_demo.sh build/release demo-out

@@ -84,6 +84,9 @@ class CAnnotSegment final : public TInstr<CAnnotSegment> {
   }
 };
 
+// The label has one text, "Line label": read as its default, as the first text of every
+// other label is (Polyline's default and description are even the same text), so it has
+// no description.
 class CAnnotLine final : public TInstr<CAnnotLine> {
  public:
   static void Describe(CDescriber& d) {

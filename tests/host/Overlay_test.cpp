@@ -22,7 +22,7 @@ struct SRgb {
   int r, g, b;
   bool operator==(const SRgb&) const = default;
 };
-constexpr SRgb kBg{kGrey, kGrey, kGrey}, kR{255, 0, 0}, kG{0, 255, 0}, kB{0, 0, 255};
+constexpr SRgb kBg{kGrey, kGrey, kGrey}, kR{255, 0, 0}, kG{0, 255, 0};
 // A pixel that a stroke covers only in part (diagonals, curves): tinted, not exact.
 constexpr SRgb kTint{-1, -1, -1};
 

@@ -239,5 +239,51 @@ TEST_F(Program, TwoJobsGiveTheResultsOfOne) {
   }
 }
 
+// The bundled example over frames of polar_frame, which writes beside each frame the
+// part it drew: the fitted circle lies between the part's semi-axes, its centre on the
+// part's, the gross outliers are all rejected, and the points kept stay near the rim.
+TEST_F(Program, ExampleMeasuresThePartsItIsGiven) {
+  const std::string frameTool = std::string(ZET_TEST_BINARY_DIR) + "/bin/polar_frame";
+  for (int seed = 0; seed < 4; ++seed) {
+    const std::string frame = (m_dir / "frames" / ("part_" + std::to_string(seed))).string();
+    ASSERT_EQ(Shell(frameTool + " '" + frame + ".pgm' 640 480 " + std::to_string(seed)).first, 0);
+  }
+  // The example as it ships, asked for the rejected points too.
+  Json program = Json::parse(ReadFile(fs::path(ZET_TEST_SOURCE_DIR) / "examples" / "rim_check.json"),
+                             nullptr, true, /*ignore_comments=*/true);
+  program["results"].push_back("outliers");
+  const fs::path file = Write(program.dump());
+  std::string err;
+  ASSERT_EQ(Run("-q --out '" + (m_dir / "out").string() + "' '" + file.string() + "' '" +
+                    (m_dir / "frames").string() + "'", &err), 0) << err;
+  const std::vector<Json> lines = Lines(m_dir / "out" / "results.jsonl");
+  ASSERT_EQ(lines.size(), 4u);
+  for (int seed = 0; seed < 4; ++seed) {
+    SCOPED_TRACE(seed);
+    const std::string stem = "part_" + std::to_string(seed);
+    const Json truth = Json::parse(ReadFile(m_dir / "frames" / (stem + ".part.json")));
+    const Json rim = Json::parse(ReadFile(m_dir / "frames" / (stem + ".rim.json")));
+    const Json& r = lines[seed]["results"];
+    ASSERT_EQ(lines[seed]["ok"], true) << lines[seed].dump();
+    const double rx = truth["rx"], ry = truth["ry"];
+    EXPECT_NEAR(r["centre"]["x"].get<double>(), truth["cx"].get<double>(), 0.5);
+    EXPECT_NEAR(r["centre"]["y"].get<double>(), truth["cy"].get<double>(), 0.5);
+    EXPECT_GT(r["diameter"].get<double>(), 2 * ry - 0.5);
+    EXPECT_LT(r["diameter"].get<double>(), 2 * rx + 0.5);
+    // A gross outlier is at least 8 % of the radius off the rim: none was kept.
+    EXPECT_GT(r["min diameter"].get<double>(), 2 * ry - 3.0);
+    EXPECT_LT(r["max diameter"].get<double>(), 2 * rx + 3.0);
+    for (int k : truth["outliers"]) {
+      SCOPED_TRACE(k);
+      const Json& p = rim[k];
+      EXPECT_TRUE(std::any_of(r["outliers"].begin(), r["outliers"].end(), [&](const Json& q) {
+        return std::abs(q["x"].get<double>() - p["x"].get<double>()) < 1e-9 &&
+               std::abs(q["y"].get<double>() - p["y"].get<double>()) < 1e-9;
+      }));
+    }
+    EXPECT_TRUE(fs::exists(m_dir / "out" / (stem + ".png")));
+  }
+}
+
 }  // namespace
 }  // namespace zet::test
