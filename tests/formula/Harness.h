@@ -49,6 +49,7 @@ struct CRun {
   bool threw = false;
   std::string exception;
   std::vector<CZetObject> outputs;
+  std::vector<CZetObject> inputs;  // the given inputs as the run left them
   std::vector<host::SReport> reports;
   std::vector<host::SEvent> events;
   std::vector<host::SAnnotationRecord> annotations;
