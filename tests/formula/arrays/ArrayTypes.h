@@ -25,6 +25,11 @@ struct TArrayType {
     if (!v) ADD_FAILURE() << "not an array of this kind: type " << o.GetType();
     return v ? v->Std() : std::vector<Item>{};
   }
+  // The element count of an output of this array kind, -1 for any other kind.
+  static long Count(const CZetObject& o) {
+    const Vec* v = o.Get<Vec>();
+    return v ? static_cast<long>(v->Size()) : -1;
+  }
   static CZetObject Val(const Item& v) {
     CZetObject o;
     o = v;
