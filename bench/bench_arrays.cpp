@@ -12,6 +12,7 @@
 #include <random>
 #include <vector>
 
+#include "../tests/formula/arrays/CircularDefinition.h"
 #include "zet/ZetGeometry.h"
 #include "zet/ZetHost.h"
 
@@ -58,36 +59,9 @@ class CRunner {
 
 // ---- CorrelateCircular ----
 
-std::vector<double> CircularDefinition(const std::vector<double>& S, const std::vector<double>& T) {
-  const size_t s = S.size(), t = T.size();
-  std::vector<double> buf(S);
-  buf.insert(buf.end(), S.begin(), S.begin() + static_cast<long>(t));
-  double sumT = 0;
-  for (double x : T) sumT += x;
-  const double mT = sumT / static_cast<double>(t);
-  double sqT = 0;
-  for (double x : T) sqT += (x - mT) * (x - mT);
-  const double dT = std::sqrt(sqT);
-  std::vector<double> scores(s);
-  for (size_t k = 0; k < s; ++k) {
-    const double* w = &buf[k];
-    double sum = 0;
-    for (size_t i = 0; i < t; ++i) sum += w[i];
-    const double mW = sum / static_cast<double>(t);
-    double swt = 0, sww = 0;
-    for (size_t i = 0; i < t; ++i) {
-      swt += (w[i] - mW) * (T[i] - mT);
-      sww += (w[i] - mW) * (w[i] - mW);
-    }
-    const double den = std::sqrt(sww) * dT;
-    scores[k] = den == 0 ? 0 : swt / den;
-  }
-  return scores;
-}
-
 void BM_CorrelateCircularDefinition(benchmark::State& state) {
   const std::vector<double> S = Profile(3600, 1), T = Profile(state.range(0), 2);
-  for (auto _ : state) benchmark::DoNotOptimize(CircularDefinition(S, T));
+  for (auto _ : state) benchmark::DoNotOptimize(zet::test::CircularDefinition(S, T, false));
 }
 BENCHMARK(BM_CorrelateCircularDefinition)->Arg(3600)->Arg(360)->Unit(benchmark::kMillisecond);
 
@@ -195,7 +169,9 @@ void OutliersLoop(const std::vector<CZetPoint>& p, double tol, std::vector<CZetP
                   std::vector<CZetPoint>& bad) {
   const size_t n = p.size();
   std::vector<double> s(n);
-  const auto dist = [&](size_t i, size_t j) { return std::hypot(p[j].x - p[i].x, p[j].y - p[i].y); };
+  const auto dist = [&](size_t i, size_t j) {
+    return std::hypot(p[j].x - p[i].x, p[j].y - p[i].y);
+  };
   s[0] = dist(0, 1);
   for (size_t i = 1; i + 1 < n; ++i) s[i] = std::max(dist(i - 1, i), dist(i, i + 1));
   s[n - 1] = dist(n - 2, n - 1);

@@ -297,7 +297,8 @@ class TArrAppendRep final : public TInstr<TArrAppendRep<E, R>> {
   }
 };
 struct SAppendRepTexts {
-  static constexpr const char* kText = "Appends n times the specified value at the end of the array.";
+  static constexpr const char* kText =
+      "Appends n times the specified value at the end of the array.";
 };
 
 template <class E, class R>
@@ -436,7 +437,8 @@ class TArrDiff final : public TInstr<TArrDiff<E, R>> {
     const auto less = [](const Item* p, const Item* q) { return E::Less(*p, *q); };
     std::sort(order.begin(), order.end(), less);
     for (const Item& x : first) {
-      const bool found = E::Comparable(x) && std::binary_search(order.begin(), order.end(), &x, less);
+      const bool found =
+          E::Comparable(x) && std::binary_search(order.begin(), order.end(), &x, less);
       if (!found) r.Std().push_back(x);
     }
     return PutArray(a, 0, std::move(r));

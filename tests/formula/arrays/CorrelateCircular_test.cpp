@@ -8,56 +8,11 @@
 #include <limits>
 #include <random>
 
+#include "CircularDefinition.h"
 #include "Harness.h"
 
 namespace zet::test {
 namespace {
-
-struct SCircular {
-  std::vector<double> scores;
-  std::vector<bool> invalidAt;
-  double templateSize = 0;
-  double invalid = 0;
-};
-
-SCircular Definition(const std::vector<double>& a1, const std::vector<double>& a2, bool align) {
-  SCircular r;
-  if (a1.empty() || a2.empty()) return r;
-  const std::vector<double>& S = a1.size() > a2.size() ? a1 : a2;
-  const std::vector<double>& T = a1.size() > a2.size() ? a2 : a1;
-  const size_t s = S.size(), t = T.size();
-  std::vector<double> buf(S);
-  buf.insert(buf.end(), S.begin(), S.begin() + static_cast<long>(t));
-  double sumT = 0;
-  for (double x : T) sumT += x;
-  const double mT = sumT / static_cast<double>(t);
-  double sqT = 0;
-  for (double x : T) sqT += (x - mT) * (x - mT);
-  const double dT = std::sqrt(sqT);
-  r.scores.assign(s, 0.0);
-  r.invalidAt.assign(s, false);
-  for (size_t k = 0; k < s; ++k) {
-    const double* w = &buf[k];
-    double sum = 0;
-    for (size_t i = 0; i < t; ++i) sum += w[i];
-    const double mW = sum / static_cast<double>(t);
-    double swt = 0, sww = 0;
-    for (size_t i = 0; i < t; ++i) {
-      swt += (w[i] - mW) * (T[i] - mT);
-      sww += (w[i] - mW) * (w[i] - mW);
-    }
-    const double den = std::sqrt(sww) * dT;
-    const size_t at = align && t > 2 ? (k + t / 2) % s : k;
-    if (den == 0) {
-      ++r.invalid;
-      r.invalidAt[at] = true;
-    } else {
-      r.scores[at] = swt / den;
-    }
-  }
-  r.templateSize = static_cast<double>(t);
-  return r;
-}
 
 CZetObject Arr(const std::vector<double>& v) {
   CZetObject o(ZET_OBJ_NUMBER_ARRAY);
@@ -68,7 +23,7 @@ CZetObject Arr(const std::vector<double>& v) {
 // Runs the instruction on (a1, a2) and compares it with the definition.
 void ExpectDefinition(const std::vector<double>& a1, const std::vector<double>& a2,
                       bool align = true) {
-  const SCircular want = Definition(a1, a2, align);
+  const SCircular want = CircularDefinition(a1, a2, align);
   const CRun r = Exec("CorrelateCircular", {Arr(a1), Arr(a2), V(align)});
   ASSERT_EQ(r.status, 0);
   const std::vector<double>& got = r.Out(0).Get<CZetNumberVector>()->Std();
@@ -80,7 +35,8 @@ void ExpectDefinition(const std::vector<double>& a1, const std::vector<double>& 
   for (size_t k = 0; k < got.size(); ++k) {
     const double g = got[k], w = want.scores[k];
     if (!std::isfinite(w) || want.invalidAt[k]) {
-      ASSERT_TRUE(g == w || (std::isnan(g) && std::isnan(w))) << "at " << k << ": " << g << " " << w;
+      ASSERT_TRUE(g == w || (std::isnan(g) && std::isnan(w)))
+          << "at " << k << ": " << g << " " << w;
     } else if (!(std::fabs(g - w) <= worstDiff)) {
       worstDiff = std::fabs(g - w);
       worst = k;
@@ -102,13 +58,13 @@ TEST(CorrelateCircular, RandomSignalsMatchTheDefinition) {
     size_t s, t;
     double offset, spread;
   } cases[] = {
-      {50, 7, 0, 1},          {50, 50, 5, 1},        {64, 32, 0, 1},     {64, 33, 0, 1},
-      {1000, 360, 100, 5},    {997, 101, -3, 1e-3},  {3600, 3600, 50, 2}, {3600, 360, 1e6, 1},
-      {2000, 40, 1e4, 1e-2},  {513, 2, 1, 1},        {300, 299, 0, 1e-150}, {300, 100, 0, 1e150},
+      {50, 7, 0, 1},         {50, 50, 5, 1},       {64, 32, 0, 1},        {64, 33, 0, 1},
+      {1000, 360, 100, 5},   {997, 101, -3, 1e-3}, {3600, 3600, 50, 2},   {3600, 360, 1e6, 1},
+      {2000, 40, 1e4, 1e-2}, {513, 2, 1, 1},       {300, 299, 0, 1e-150}, {300, 100, 0, 1e150},
   };
   for (const auto& c : cases) {
-    SCOPED_TRACE(testing::Message() << c.s << " x " << c.t << ", offset " << c.offset
-                                    << ", spread " << c.spread);
+    SCOPED_TRACE(testing::Message()
+                 << c.s << " x " << c.t << ", offset " << c.offset << ", spread " << c.spread);
     const std::vector<double> s = Noise(c.s, c.offset, c.spread, c.s);
     const std::vector<double> t = Noise(c.t, c.offset, c.spread, c.t + 1);
     ExpectDefinition(t, s);

@@ -59,10 +59,10 @@ TYPED_TEST(ArrayOps, GetAtReadsInPlace) {
     double idx;
     std::optional<typename T::Item> want;
   } cases[] = {
-      {this->abc, 0, this->a},  {this->abc, 1.9, this->b},  {this->abc, -0.9, this->a},
-      {this->abc, 2, this->c},  {this->abc, 3, {}},         {this->abc, -1, {}},
-      {this->abc, kNaN, {}},    {this->abc, k2Pow31, {}},   {this->abc, -k2Pow31 - 1, {}},
-      {this->empty, 0, {}},     {V(5.0), 0, {}},
+      {this->abc, 0, this->a}, {this->abc, 1.9, this->b}, {this->abc, -0.9, this->a},
+      {this->abc, 2, this->c}, {this->abc, 3, {}},        {this->abc, -1, {}},
+      {this->abc, kNaN, {}},   {this->abc, k2Pow31, {}},  {this->abc, -k2Pow31 - 1, {}},
+      {this->empty, 0, {}},    {V(5.0), 0, {}},
   };
   for (const auto& c : cases) {
     SCOPED_TRACE(c.idx);
@@ -163,8 +163,9 @@ TYPED_TEST(ArrayOps, ConcatenateAndGetRange) {
   const struct {
     double index, count;
     std::optional<std::vector<typename T::Item>> want;
-  } cases[] = {{1, 5, Items{b, c}}, {0, 2.9, Items{a, b}}, {2, 0, Items{}},    {-1, 1, {}},
-               {0, -1, {}},      {4, 1, {}},         {kNaN, 1, {}}};
+  } cases[] = {{1, 5, Items{b, c}}, {0, 2.9, Items{a, b}}, {2, 0, Items{}},
+               {-1, 1, {}},         {0, -1, {}},           {4, 1, {}},
+               {kNaN, 1, {}}};
   for (const auto& cs : cases) {
     SCOPED_TRACE(testing::Message() << "GetRange " << cs.index << ", " << cs.count);
     const CRun r = this->Run("GetRange", {this->abc, V(cs.index), V(cs.count)});
@@ -180,7 +181,8 @@ TYPED_TEST(ArrayOps, SizesBeyondTheCapFailCleanly) {
   const double huge[] = {1e9, k2Pow31 - 1, -1.0, -k2Pow31};
   for (double n : huge) {
     SCOPED_TRACE(n);
-    for (const auto& [op, in] : std::initializer_list<std::pair<const char*, std::vector<CZetObject>>>{
+    for (const auto& [op, in] :
+         std::initializer_list<std::pair<const char*, std::vector<CZetObject>>>{
              {"InsertRep", {abc, V(1.0), V(n), vx}},
              {"CreateRep", {V(n), vx}},
              {"Resize", {abc, V(n)}},

@@ -138,10 +138,11 @@ TEST(NumberArrays, SmoothPassesEndsAndCircle) {
       {{}, 1, true, false, {0, 0}},
   };
   for (const auto& c : cases) {
-    SCOPED_TRACE(testing::Message() << testing::PrintToString(c.in) << " passes " << c.passes
-                                    << (c.circular ? " circular" : "")
-                                    << (c.duplicateEnds ? " duplicate ends" : ""));
-    const CRun r = Exec("_Zet_Array_CNArrMathSmooth_", {Arr(c.in), V(c.passes), V(c.circular), V(c.duplicateEnds)});
+    SCOPED_TRACE(testing::Message()
+                 << testing::PrintToString(c.in) << " passes " << c.passes
+                 << (c.circular ? " circular" : "") << (c.duplicateEnds ? " duplicate ends" : ""));
+    const CRun r = Exec("_Zet_Array_CNArrMathSmooth_",
+                        {Arr(c.in), V(c.passes), V(c.circular), V(c.duplicateEnds)});
     EXPECT_EQ(r.status, 0);
     EXPECT_EQ(Nums(r.Out(0)), c.want);
   }
@@ -166,9 +167,9 @@ TEST(NumberArrays, CorrelateStatusesAndReports) {
       {{1, kNaN, 3}, {1, 2, 3}, V(0.0), kNaN, 0, 3, nullptr},
   };
   for (const auto& c : cases) {
-    SCOPED_TRACE(testing::Message() << testing::PrintToString(c.a1) << " "
-                                    << testing::PrintToString(c.a2) << " shift "
-                                    << c.shift.AsDouble());
+    SCOPED_TRACE(testing::Message()
+                 << testing::PrintToString(c.a1) << " " << testing::PrintToString(c.a2) << " shift "
+                 << c.shift.AsDouble());
     const CRun r = Exec("_Zet_Array_CNArrMathCorrelate_", {Arr(c.a1), Arr(c.a2), c.shift});
     EXPECT_EQ(r.status, 0);
     if (std::isnan(c.value))
@@ -191,9 +192,15 @@ TEST(NumberArrays, ThresholdsAndClips) {
   ExpectArrays({
       {"_Zet_Array_CNArrMathThreshold_", {abc, V(2.0), V(1.0), V(0.0)}, {0, 1, 1}},
       {"_Zet_Array_CNArrMathThreshold_", {withNaN, V(0.0), V(1.0), V(-1.0)}, {-1, 1}},
-      {"_Zet_Array_CNArrMathThresholdBand_", {NumArr({0, 5, 10}), V(8.0), V(2.0), V(1.0), V(0.5), V(0.0)}, {0, 0.5, 1}},
-      {"_Zet_Array_CNArrMathThresholdBand_", {NumArr({0, 5, 10}), V(2.0), V(8.0), V(1.0), V(0.5), V(0.0)}, {0, 0, 1}},
-      {"_Zet_Array_CNArrMathThresholdBand_", {withNaN, V(8.0), V(2.0), V(1.0), V(0.5), V(0.0)}, {0.5, 0.5}},
+      {"_Zet_Array_CNArrMathThresholdBand_",
+       {NumArr({0, 5, 10}), V(8.0), V(2.0), V(1.0), V(0.5), V(0.0)},
+       {0, 0.5, 1}},
+      {"_Zet_Array_CNArrMathThresholdBand_",
+       {NumArr({0, 5, 10}), V(2.0), V(8.0), V(1.0), V(0.5), V(0.0)},
+       {0, 0, 1}},
+      {"_Zet_Array_CNArrMathThresholdBand_",
+       {withNaN, V(8.0), V(2.0), V(1.0), V(0.5), V(0.0)},
+       {0.5, 0.5}},
       {"_Zet_Array_CNArrMathClipLow_", {abc, V(2.0), V(0.0)}, {0, 2, 3}},
       {"_Zet_Array_CNArrMathClipLow_", {withNaN, V(5.0), V(0.0)}, {kNaN, 0}},
       {"_Zet_Array_CNArrMathClipHigh_", {abc, V(2.0), V(9.0)}, {1, 9, 9}},
@@ -233,8 +240,12 @@ TEST(NumberArrays, ReverseSortAndIndexArray) {
     CZetObject in;
     int method;
     std::vector<double> want;
-  } cases[] = {{a, 1, {0, 2, 1}},      {a, 2, {1, 2, 0}},          {a, 0, {0, 1, 2}},
-               {a, 7, {0, 1, 2}},      {NumArr({5}), 2, {0}},      {NumArr({}), 1, {}},
+  } cases[] = {{a, 1, {0, 2, 1}},
+               {a, 2, {1, 2, 0}},
+               {a, 0, {0, 1, 2}},
+               {a, 7, {0, 1, 2}},
+               {NumArr({5}), 2, {0}},
+               {NumArr({}), 1, {}},
                {NumArr({4, -1, 9, 0}), 1, {2, 0, 3, 1}}};
   for (const auto& c : cases) {
     SCOPED_TRACE(c.method);

@@ -51,9 +51,8 @@ TEST(PointArrays, SortBySixCriteria) {
     int criterion;
     std::vector<CZetPoint> want;
   } cases[] = {
-      {0, {{1, 3}, {2, 1}, {3, 0}}}, {1, {{3, 0}, {2, 1}, {1, 3}}},
-      {2, {{3, 0}, {2, 1}, {1, 3}}}, {3, {{1, 3}, {2, 1}, {3, 0}}},
-      {4, {{2, 1}, {3, 0}, {1, 3}}}, {5, {{1, 3}, {3, 0}, {2, 1}}},
+      {0, {{1, 3}, {2, 1}, {3, 0}}}, {1, {{3, 0}, {2, 1}, {1, 3}}},  {2, {{3, 0}, {2, 1}, {1, 3}}},
+      {3, {{1, 3}, {2, 1}, {3, 0}}}, {4, {{2, 1}, {3, 0}, {1, 3}}},  {5, {{1, 3}, {3, 0}, {2, 1}}},
       {6, {{1, 3}, {2, 1}, {3, 0}}}, {-1, {{1, 3}, {2, 1}, {3, 0}}},
   };
   for (const auto& c : cases) {
@@ -109,7 +108,9 @@ TEST(PointArrays, RemoveIsolatedOutliersFailsEmptied) {
     std::vector<CZetPoint> in;
     double tolerance;
     bool reported;
-  } cases[] = {{OnX({0, 1}), 1, false}, {{}, 1, false}, {OnX({0, 1, 2}), -1, true},
+  } cases[] = {{OnX({0, 1}), 1, false},
+               {{}, 1, false},
+               {OnX({0, 1, 2}), -1, true},
                {OnX({0, 1}), -1, false}};
   for (const auto& c : cases) {
     SCOPED_TRACE(testing::Message() << c.in.size() << " points, tolerance " << c.tolerance);

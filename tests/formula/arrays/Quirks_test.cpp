@@ -37,7 +37,10 @@ void ForEachFamily(const std::string& op, F make,
 
 TEST(ArrayQuirks, GetRangeAcceptsIndexAtTheEndForNumbersOnly) {
   ForEachFamily<ZET_FAMILIES>(
-      "GetRange", [](auto t) { return std::vector{decltype(t)::Arr(decltype(t)::Abc()), V(3.0), V(1.0)}; },
+      "GetRange",
+      [](auto t) {
+        return std::vector{decltype(t)::Arr(decltype(t)::Abc()), V(3.0), V(1.0)};
+      },
       [](char letter, const CRun& r, long n) {
         EXPECT_EQ(r.status, letter == 'N' ? 0 : 3);
         EXPECT_EQ(n, 0);  // emptied first in either case
@@ -48,14 +51,20 @@ TEST(ArrayQuirks, PointIndexesAreUnsignedSoEraseRangeRejectsANegativeStart) {
   // Points reject -1 at their own test; the others pass it on and the vector refuses
   // it as a position past the end. Either way: 3, output untouched, nothing erased.
   ForEachFamily<ZET_FAMILIES>(
-      "EraseRange", [](auto t) { return std::vector{decltype(t)::Arr(decltype(t)::Abc()), V(-1.0), V(1.0)}; },
+      "EraseRange",
+      [](auto t) {
+        return std::vector{decltype(t)::Arr(decltype(t)::Abc()), V(-1.0), V(1.0)};
+      },
       [](char, const CRun& r, long) {
         EXPECT_EQ(r.status, 3);
         EXPECT_STREQ(r.Out(0).AsText(), "kept");
       });
   // -0.5 truncates to 0 and is a valid start for every family.
   ForEachFamily<ZET_FAMILIES>(
-      "EraseRange", [](auto t) { return std::vector{decltype(t)::Arr(decltype(t)::Abc()), V(-0.5), V(1.0)}; },
+      "EraseRange",
+      [](auto t) {
+        return std::vector{decltype(t)::Arr(decltype(t)::Abc()), V(-0.5), V(1.0)};
+      },
       [](char, const CRun& r, long n) {
         EXPECT_EQ(r.status, 0);
         EXPECT_EQ(n, 1);
@@ -102,7 +111,8 @@ TEST(ArrayQuirks, PointAppendRepReadsItsCountAsUnsigned) {
         });
   }
   // -0.5 truncates to 0: nothing appended, for points too.
-  const CRun r = RunKept(PointT::Ident("AppendRep"), {PointT::Arr(PointT::Abc()), V(-0.5), V(CZetPoint(1, 1))});
+  const CRun r = RunKept(PointT::Ident("AppendRep"),
+                         {PointT::Arr(PointT::Abc()), V(-0.5), V(CZetPoint(1, 1))});
   EXPECT_EQ(r.status, 0);
   EXPECT_EQ(PointT::Count(r.Out(0)), 3);
 }
@@ -117,9 +127,15 @@ TEST(ArrayQuirks, SetAtIndexReadsAgreeOnEveryValueKind) {
     CZetObject idx;
     int want;  // the element set, -1: status 3
   } cases[] = {
-      {"1.9", V(1.9), 1},      {"-0.9", V(-0.9), 0}, {"int 1", asInt, 1},
-      {"true", V(true), 1},    {"\"2.7\"", V("2.7"), 2}, {"\"x\"", V("x"), 0},
-      {"point", V(CZetPoint(2, 2)), 0}, {"NaN", V(kNaN), -1}, {"\"-1\"", V("-1"), -1},
+      {"1.9", V(1.9), 1},
+      {"-0.9", V(-0.9), 0},
+      {"int 1", asInt, 1},
+      {"true", V(true), 1},
+      {"\"2.7\"", V("2.7"), 2},
+      {"\"x\"", V("x"), 0},
+      {"point", V(CZetPoint(2, 2)), 0},
+      {"NaN", V(kNaN), -1},
+      {"\"-1\"", V("-1"), -1},
   };
   for (const auto& c : cases) {
     SCOPED_TRACE(c.what);
@@ -137,19 +153,19 @@ TEST(ArrayQuirks, SetAtIndexReadsAgreeOnEveryValueKind) {
   // Which element: checked on one family of each read.
   const CRun n = Exec(NumberT::Ident("SetAt"), {NumArr({1, 2, 3}), V("2.7"), V(9.0)});
   EXPECT_TRUE(n.Out(0) == NumArr({1, 2, 9}));
-  const CRun p = Exec(PointT::Ident("SetAt"), {PtArr({{1, 1}, {2, 2}}), V(true), V(CZetPoint(9, 9))});
+  const CRun p =
+      Exec(PointT::Ident("SetAt"), {PtArr({{1, 1}, {2, 2}}), V(true), V(CZetPoint(9, 9))});
   EXPECT_TRUE(p.Out(0) == PtArr({{1, 1}, {9, 9}}));
 }
 
 TEST(ArrayQuirks, LineGetRangeCallsItsArrayFirst) {
-  for (const char* ident : {"_Zet_Array_CNArrGetRange_", "_Zet_Array_CBArrGetRange_",
-                            "_Zet_Array_CSArrGetRange_", "_Zet_Array_CPArrGetRange_",
-                            "_Zet_Array_CLArrGetRange_"}) {
+  for (const char* ident :
+       {"_Zet_Array_CNArrGetRange_", "_Zet_Array_CBArrGetRange_", "_Zet_Array_CSArrGetRange_",
+        "_Zet_Array_CPArrGetRange_", "_Zet_Array_CLArrGetRange_"}) {
     SCOPED_TRACE(ident);
     const SInstrInfo& info = InfoOf(ident);
-    EXPECT_STREQ(info.inputs.at(0).name, std::string(ident).find("CLArr") != std::string::npos
-                                            ? "first"
-                                            : "array");
+    EXPECT_STREQ(info.inputs.at(0).name,
+                 std::string(ident).find("CLArr") != std::string::npos ? "first" : "array");
   }
 }
 
@@ -171,8 +187,7 @@ TEST(ArrayQuirks, DiffEqualityIsTheElementsOwn) {
   const CRun s = Exec("_Zet_Array_CSArrDiff_",
                       {StringT::Arr({std::string("a\0b", 3), std::string("a\0c", 3), "a"}),
                        StringT::Arr({std::string("a\0b", 3)})});
-  EXPECT_EQ(StringT::Elements(s.Out(0)),
-            (std::vector<CZetString>{std::string("a\0c", 3), "a"}));
+  EXPECT_EQ(StringT::Elements(s.Out(0)), (std::vector<CZetString>{std::string("a\0c", 3), "a"}));
   const CRun p = Exec("_Zet_Array_CPArrDiff_",
                       {PtArr({{kNaN, 1}, {1, -0.0}, {1, 1}}), PtArr({{kNaN, 1}, {1, 0}})});
   EXPECT_EQ(PointT::Elements(p.Out(0)).size(), 2u);  // the NaN point and (1, 1)
