@@ -14,6 +14,9 @@ namespace {
 
 const double kNaN = std::numeric_limits<double>::quiet_NaN();
 const double kInf = std::numeric_limits<double>::infinity();
+// Two of the smallest subnormals: where Smooth's passes come to rest on a peak between
+// zero ends (3/4 of it rounds back to it).
+const double kTiny2 = 2 * std::numeric_limits<double>::denorm_min();
 
 std::vector<double> Nums(const CZetObject& o) {
   const CZetNumberVector* v = o.Get<CZetNumberVector>();
@@ -130,6 +133,9 @@ TEST(NumberArrays, SmoothPassesEndsAndCircle) {
       {{0, 0, 4, 0, 0}, 2, false, false, {0, 1, 1.5, 1, 0}},
       {{0, 0, 4, 0, 0}, 1, false, true, {1, 1, 2, 1, 1}},
       {{4, 0, 0, 8}, 1.9, false, false, {4, 1, 2, 8}},
+      // 2^31 - 1 passes: done when a pass changes nothing any more.
+      {{0, 0, 4, 0, 0}, 2147483647, false, false, {0, kTiny2, kTiny2, kTiny2, 0}},
+      {{1, kNaN, 2, 3, 4}, 2147483647, false, false, {1, kNaN, kNaN, kNaN, 4}},
       // Nothing to do: circular output keeps its two extra zeros.
       {{1, 2, 3}, 0, true, false, {1, 2, 3, 0, 0}},
       {{1, 2}, 3, true, true, {1, 2, 0, 0}},
@@ -144,7 +150,7 @@ TEST(NumberArrays, SmoothPassesEndsAndCircle) {
     const CRun r = Exec("_Zet_Array_CNArrMathSmooth_",
                         {Arr(c.in), V(c.passes), V(c.circular), V(c.duplicateEnds)});
     EXPECT_EQ(r.status, 0);
-    EXPECT_EQ(Nums(r.Out(0)), c.want);
+    EXPECT_TRUE(SameBits(Nums(r.Out(0)), c.want)) << testing::PrintToString(Nums(r.Out(0)));
   }
 }
 
