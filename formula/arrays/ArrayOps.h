@@ -263,12 +263,20 @@ class TArrAppend final : public TInstr<TArrAppend<E, R>> {
         .Output(E::kArrayType, "new array");
   }
   int Execute(IXInstrContext* ctx) override {
+    using V = typename E::Vec;
     CArgs a(ctx);
+    const auto& in = a.Get<V>(0).Std();
     const int k = std::max(0, a.Count() - 1);
-    typename E::Vec r = CopyWithRoom(a.Get<typename E::Vec>(0), k);
-    for (int j = 0; j < k; ++j)
-      if (!r.PushBack(E::Read(a, 1 + j))) return kFail;
-    return PutArray(a, 0, std::move(r));
+    if (in.size() + k > V::kMaxSize) return kFail;  // refused before the output is touched
+    // Written in place, so that an output holding an array from the last run keeps its
+    // buffer: appending to a long array then costs one copy and no allocation.
+    auto& out = a.OutRef<V>(0).Std();
+    if (&out != &in) {
+      out.reserve(in.size() + k);
+      out.assign(in.begin(), in.end());
+    }
+    for (int j = 0; j < k; ++j) out.push_back(E::Read(a, 1 + j));
+    return kOk;
   }
 };
 struct SAppendTexts {
