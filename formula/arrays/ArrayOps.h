@@ -5,7 +5,8 @@
 //
 // An operation reads its input arrays in place and builds a changed array aside
 // before it writes the output, so a size or position the vector refuses (beyond its
-// cap, past the end; see TZetVector) returns kFail with the output as it was.
+// cap, past the end; see TZetVector) returns kFail with the output as it was. Append,
+// whose only refusal is known before it starts, writes into the output directly.
 #pragma once
 
 #include <algorithm>
