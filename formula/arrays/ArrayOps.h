@@ -5,7 +5,8 @@
 //
 // An operation reads its input arrays in place and builds a changed array aside
 // before it writes the output, so a size or position the vector refuses (beyond its
-// cap, past the end; see TZetVector) returns kFail with the output as it was.
+// cap, past the end; see TZetVector) returns kFail with the output as it was. Append,
+// whose only refusal is known before it starts, writes into the output directly.
 #pragma once
 
 #include <algorithm>
@@ -263,12 +264,20 @@ class TArrAppend final : public TInstr<TArrAppend<E, R>> {
         .Output(E::kArrayType, "new array");
   }
   int Execute(IXInstrContext* ctx) override {
+    using V = typename E::Vec;
     CArgs a(ctx);
+    const auto& in = a.Get<V>(0).Std();
     const int k = std::max(0, a.Count() - 1);
-    typename E::Vec r = CopyWithRoom(a.Get<typename E::Vec>(0), k);
-    for (int j = 0; j < k; ++j)
-      if (!r.PushBack(E::Read(a, 1 + j))) return kFail;
-    return PutArray(a, 0, std::move(r));
+    if (in.size() + k > V::kMaxSize) return kFail;  // refused before the output is touched
+    // Written in place, so that an output holding an array from the last run keeps its
+    // buffer: appending to a long array then costs one copy and no allocation.
+    auto& out = a.OutRef<V>(0).Std();
+    if (&out != &in) {
+      out.reserve(in.size() + k);
+      out.assign(in.begin(), in.end());
+    }
+    for (int j = 0; j < k; ++j) out.push_back(E::Read(a, 1 + j));
+    return kOk;
   }
 };
 struct SAppendTexts {
@@ -297,7 +306,8 @@ class TArrAppendRep final : public TInstr<TArrAppendRep<E, R>> {
   }
 };
 struct SAppendRepTexts {
-  static constexpr const char* kText = "Appends n times the specified value at the end of the array.";
+  static constexpr const char* kText =
+      "Appends n times the specified value at the end of the array.";
 };
 
 template <class E, class R>
@@ -436,7 +446,8 @@ class TArrDiff final : public TInstr<TArrDiff<E, R>> {
     const auto less = [](const Item* p, const Item* q) { return E::Less(*p, *q); };
     std::sort(order.begin(), order.end(), less);
     for (const Item& x : first) {
-      const bool found = E::Comparable(x) && std::binary_search(order.begin(), order.end(), &x, less);
+      const bool found =
+          E::Comparable(x) && std::binary_search(order.begin(), order.end(), &x, less);
       if (!found) r.Std().push_back(x);
     }
     return PutArray(a, 0, std::move(r));

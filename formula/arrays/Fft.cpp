@@ -45,8 +45,8 @@ void Butterfly(SComplex& x, SComplex& y, SComplex w) {
   x = {x.re + t.re, x.im + t.im};
 }
 
-// Stages up to this half-length read their twiddles from a table of their own.
-constexpr size_t kStageTableUpTo = size_t{1} << 14;
+// Twiddles are made for this many butterflies of a stage at a time.
+constexpr size_t kChunk = size_t{1} << 10;
 
 }  // namespace
 
@@ -59,20 +59,15 @@ void ForwardFft(SComplex* a, size_t n) {
     if (i < j) std::swap(a[i], a[j]);
   }
   const CTwiddles twiddle(n);
-  std::vector<SComplex> stage;
+  std::vector<SComplex> table(std::min(n / 2, kChunk));
   for (size_t h = 1; h < n; h <<= 1) {
-    const size_t stride = n / (2 * h);
-    if (h <= kStageTableUpTo) {
-      stage.resize(h);
-      for (size_t j = 0; j < h; ++j) stage[j] = twiddle(j * stride);
-      for (size_t b = 0; b < n; b += 2 * h)
-        for (size_t j = 0; j < h; ++j) Butterfly(a[b + j], a[b + j + h], stage[j]);
-    } else {
-      // Few long blocks: one twiddle for the j-th butterfly of every block.
-      for (size_t j = 0; j < h; ++j) {
-        const SComplex w = twiddle(j * stride);
-        for (size_t b = 0; b < n; b += 2 * h) Butterfly(a[b + j], a[b + j + h], w);
-      }
+    // Butterflies j0 .. j0 + chunk - 1 of every block, so that a long stage streams
+    // through memory with its twiddles at hand.
+    const size_t stride = n / (2 * h), chunk = std::min(h, kChunk);
+    for (size_t j0 = 0; j0 < h; j0 += chunk) {
+      for (size_t j = 0; j < chunk; ++j) table[j] = twiddle((j0 + j) * stride);
+      for (size_t b = j0; b < n; b += 2 * h)
+        for (size_t j = 0; j < chunk; ++j) Butterfly(a[b + j], a[b + j + h], table[j]);
     }
   }
 }

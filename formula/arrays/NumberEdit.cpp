@@ -72,7 +72,8 @@ class CNArrSetRange final : public TInstr<CNArrSetRange> {
         .Input(kTypeNumberArray, "array")
         .Input(kTypeNumber, "index", 0.0, "Starting index of elements to change")
         .Input(kTypeNumber, "number", 1.0, "Number of array elements to change (range)")
-        .Input(kTypeNumber, "value", 0.0, "New value for 'count' array elements starting at 'index'")
+        .Input(kTypeNumber, "value", 0.0,
+               "New value for 'count' array elements starting at 'index'")
         .Input(kTypeBool, "wrap around", false,
                "If true, the range can go off the end of array and wrap around to the start of "
                "the array")

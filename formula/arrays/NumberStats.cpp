@@ -195,8 +195,11 @@ class CNArrMathExtrema final : public TInstr<CNArrMathExtrema> {
 class CNArrMeanAndVar final : public TInstr<CNArrMeanAndVar> {
  public:
   static void Describe(CDescriber& d) {
-    d.Name("MeanAndVariance").Category(kNumberArrays).Ident("_Zet_Array_CNMeanAndVar_", 460260)
-        .Description("Return mean, variance, standard deviation, and number (count) of array values")
+    d.Name("MeanAndVariance")
+        .Category(kNumberArrays)
+        .Ident("_Zet_Array_CNMeanAndVar_", 460260)
+        .Description(
+            "Return mean, variance, standard deviation, and number (count) of array values")
         .Input(kTypeNumberArray, "array", {}, "Input array")
         .Output(kTypeNumber, "mean")
         .Output(kTypeNumber, "variance")

@@ -2,6 +2,7 @@
 // smoothing, and the normalized correlation of two arrays at a shift (the circular
 // correlation is in CorrelateCircular.cpp). Every one returns 0; empty and constant
 // data are reported (level 1, the display name as source) and counted in outputs.
+#include <bit>
 #include <cmath>
 #include <cstdint>
 #include <vector>
@@ -157,20 +158,33 @@ class CNArrMathSmooth final : public TInstr<CNArrMathSmooth> {
     if (passes <= 0 || n < 3) return kOk;
     double* b = out.GetStorage();
     const size_t last = circular ? n : n - 2;  // the last position a pass writes
-    for (int p = 0; p < passes; ++p) {
+    // A pass is a function of b[0 .. n - 1] alone, so once one leaves every bit of it
+    // as it was, so would all the passes left: they are skipped. This ends a count of
+    // 2^31 passes on a short array at its fixed point instead of minutes later.
+    const auto put = [](double& slot, double v, bool& changed) {
+      changed |= std::bit_cast<uint64_t>(slot) != std::bit_cast<uint64_t>(v);
+      slot = v;
+    };
+    bool changed = true;
+    for (int p = 0; p < passes && changed; ++p) {
+      changed = false;
       double prev = b[0], mid = b[1], next = b[2];
       if (circular) {
         b[n] = prev;
         b[n + 1] = mid;
       }
       for (size_t i = 1; i < last; ++i) {
-        b[i] = ((mid * 2 + prev) + next) * 0.25;
+        put(b[i], ((mid * 2 + prev) + next) * 0.25, changed);
         prev = mid;
         mid = next;
         next = b[i + 2];
       }
-      b[last] = ((mid * 2 + prev) + next) * 0.25;
-      if (circular) b[0] = b[n];
+      if (circular) {
+        b[last] = ((mid * 2 + prev) + next) * 0.25;
+        put(b[0], b[n], changed);
+      } else {
+        put(b[last], ((mid * 2 + prev) + next) * 0.25, changed);
+      }
     }
     if (duplicateEnds) {
       b[0] = b[1];

@@ -89,6 +89,7 @@ CRun Exec(const std::string& name, std::vector<CZetObject> inputs, const SRunOpt
   r.status = ExecuteCatching(instr, ctx, r.thrown, &r.exception);
   r.threw = r.thrown != nullptr;
   for (int i = 0; i < ctx.OutputSlots(); ++i) r.outputs.push_back(ctx.Output(i));
+  for (size_t i = 0; i < inputs.size(); ++i) r.inputs.push_back(ctx.Input(static_cast<int>(i)));
   r.reports = ctx.Notify().reports;
   r.events = ctx.Notify().events;
   r.annotations = ctx.Annotations().records;

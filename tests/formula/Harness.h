@@ -64,6 +64,7 @@ struct CRun {
   std::string exception;         // what() of what Execute threw
   std::exception_ptr thrown;     // the exception itself
   std::vector<CZetObject> outputs;
+  std::vector<CZetObject> inputs;  // the given inputs as the run left them
   std::vector<host::SReport> reports;
   std::vector<host::SEvent> events;
   std::vector<host::SAnnotationRecord> annotations;
