@@ -5,6 +5,7 @@
 #include <sys/wait.h>
 
 #include <cstdlib>
+#include <filesystem>
 
 #include "TempDir.h"
 #include "zet/ZetOs.h"
@@ -87,8 +88,10 @@ class OsDateLocale : public testing::Test {
     const std::string full = std::string(name) + ".UTF-8";
     const std::string cmd = "localedef -i " + std::string(name) + " -f UTF-8 '" + (m_dir / full) +
                             "' >/dev/null 2>&1";
+    // localedef exits with 1 both for warnings and for missing sources: the built
+    // category is the proof.
     const int rc = std::system(cmd.c_str());
-    if (!WIFEXITED(rc) || WEXITSTATUS(rc) > 1)  // 1: built, with warnings
+    if (!WIFEXITED(rc) || !std::filesystem::exists(std::filesystem::path(m_dir / full) / "LC_TIME"))
       GTEST_SKIP() << "localedef or the locale sources (package locales) missing";
     setenv("LOCPATH", m_dir.Path().c_str(), 1);
     // glibc keeps the LOCPATH list it builds here for the process: not a leak of ours.
