@@ -5,6 +5,7 @@
 #include <poll.h>
 #include <signal.h>
 #include <spawn.h>
+#include <sys/prctl.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -25,8 +26,8 @@ namespace zet::test {
 namespace {
 
 // Starts `args` (looked up in PATH, no shell) with its standard output on a pipe
-// when `out` is given; returns the pid or -1. `extraFd` is passed on as fd 3.
-pid_t Spawn(const std::vector<std::string>& args, int* out, int extraFd = -1) {
+// when `out` is given; returns the pid or -1.
+pid_t Spawn(const std::vector<std::string>& args, int* out) {
   int fds[2] = {-1, -1};
   if (out && pipe2(fds, O_CLOEXEC) != 0) return -1;
   std::vector<char*> argv;
@@ -37,7 +38,6 @@ pid_t Spawn(const std::vector<std::string>& args, int* out, int extraFd = -1) {
   posix_spawn_file_actions_addopen(&fa, 0, "/dev/null", O_RDONLY, 0);
   posix_spawn_file_actions_addopen(&fa, 2, "/dev/null", O_WRONLY, 0);
   if (out) posix_spawn_file_actions_adddup2(&fa, fds[1], 1);
-  if (extraFd >= 0) posix_spawn_file_actions_adddup2(&fa, extraFd, 3);
   pid_t pid = -1;
   const int rc = posix_spawnp(&pid, argv[0], &fa, nullptr, argv.data(), environ);
   posix_spawn_file_actions_destroy(&fa);
@@ -50,6 +50,25 @@ pid_t Spawn(const std::vector<std::string>& args, int* out, int extraFd = -1) {
     return -1;
   }
   return pid;
+}
+
+// Starts the X server with `ready` as its fd 3. The server is bound to this process's
+// life: a test run killed mid-way takes its server with it instead of leaving it behind.
+pid_t SpawnServer(const std::vector<std::string>& args, int ready) {
+  std::vector<char*> argv;
+  for (const std::string& a : args) argv.push_back(const_cast<char*>(a.c_str()));
+  argv.push_back(nullptr);
+  const pid_t parent = getpid();
+  const pid_t pid = fork();
+  if (pid != 0) return pid;
+  // The child runs only async-signal-safe calls up to exec.
+  if (prctl(PR_SET_PDEATHSIG, SIGTERM) != 0 || getppid() != parent) _exit(127);
+  const int null = open("/dev/null", O_RDWR);
+  if (null < 0 || dup2(null, 0) < 0 || dup2(null, 1) < 0 || dup2(null, 2) < 0) _exit(127);
+  // dup2 onto itself would keep close-on-exec.
+  if (ready == 3 ? fcntl(3, F_SETFD, 0) < 0 : dup2(ready, 3) < 0) _exit(127);
+  execvp(argv[0], argv.data());
+  _exit(127);
 }
 
 // Runs a program to its end: its exit status (-1 when it could not run) and output.
@@ -81,10 +100,10 @@ class Desktop : public testing::Test {
   static void SetUpTestSuite() {
     if (!Installed("Xvfb") || !Installed("xdotool")) return;
     int ready[2];
-    if (pipe(ready) != 0) return;
-    s_server = Spawn({"Xvfb", "-displayfd", "3", "-noreset", "-nolisten", "tcp", "-screen", "0",
-                      "800x600x24"},
-                     nullptr, ready[1]);
+    if (pipe2(ready, O_CLOEXEC) != 0) return;
+    s_server = SpawnServer({"Xvfb", "-displayfd", "3", "-noreset", "-nolisten", "tcp", "-screen",
+                            "0", "800x600x24"},
+                           ready[1]);
     close(ready[1]);
     std::string number;
     pollfd p{ready[0], POLLIN, 0};
