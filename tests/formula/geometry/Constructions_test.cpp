@@ -17,68 +17,54 @@ const double kNaN = std::numeric_limits<double>::quiet_NaN();
 
 TEST_F(Geometric, ConstructionsTable) {
   const CZetPoint o(0, 0);
-  const struct {
-    EZetAngleUnit unit;
-    const char* instr;
-    std::vector<CZetObject> in;
-    std::vector<CZetObject> out;
-  } cases[] = {
-      {EZetAngleUnit::kRadians, "CircleBoundingBox", {V(10.0), V(CZetPoint(50, 50))},
+  ExpectTable({
+      {kRad, "CircleBoundingBox", {V(10.0), V(CZetPoint(50, 50))},
        {V(CZetPoint(40, 40)), V(CZetPoint(60, 40)), V(CZetPoint(40, 60)), V(CZetPoint(60, 60))}},
       // The angle is the user's: 90 degrees, and +y is down the screen.
-      {EZetAngleUnit::kDegrees, "MakeAnchor", {V(o), V(90.0), V(5.0)},
+      {kDeg, "MakeAnchor", {V(o), V(90.0), V(5.0)},
        {V(CZetPoint(0, 5)), V(CZetPoint(0, -5))}},
-      {EZetAngleUnit::kRadians, "MakeAnchor", {V(CZetPoint(1, 1)), V(kPi), V(2.0)},
+      {kRad, "MakeAnchor", {V(CZetPoint(1, 1)), V(kPi), V(2.0)},
        {V(CZetPoint(-1, 1)), V(CZetPoint(3, 1))}},
-      {EZetAngleUnit::kRadians, "LnsIntersection", {V(CZetLine(0, 5)), V(CZetLine(kPi / 2, -3))},
+      {kRad, "LnsIntersection", {V(CZetLine(0, 5)), V(CZetLine(kPi / 2, -3))},
        {V(CZetPoint(3, 5))}},
       // Parallel, identical and NaN lines leave the zero point.
-      {EZetAngleUnit::kRadians, "LnsIntersection", {V(CZetLine(0.3, 5)), V(CZetLine(0.3 + kPi, 2))},
+      {kRad, "LnsIntersection", {V(CZetLine(0.3, 5)), V(CZetLine(0.3 + kPi, 2))},
        {V(o)}},
-      {EZetAngleUnit::kRadians, "LnsIntersection", {V(CZetLine(0.3, 5)), V(CZetLine(0.3, 5))},
+      {kRad, "LnsIntersection", {V(CZetLine(0.3, 5)), V(CZetLine(0.3, 5))},
        {V(o)}},
-      {EZetAngleUnit::kRadians, "LnsIntersection", {V(CZetLine(kNaN, 5)), V(CZetLine(0.3, 5))},
+      {kRad, "LnsIntersection", {V(CZetLine(kNaN, 5)), V(CZetLine(0.3, 5))},
        {V(o)}},
       // Two points in order along the line's direction (left to right), a tangent, a miss.
-      {EZetAngleUnit::kRadians, "CircleLineIntersect", {V(CZetPoint(0, 0)), V(5.0), V(CZetLine(kPi, -3))},
+      {kRad, "CircleLineIntersect", {V(CZetPoint(0, 0)), V(5.0), V(CZetLine(kPi, -3))},
        {V(2.0), V(CZetPoint(-4, 3)), V(CZetPoint(4, 3))}},
-      {EZetAngleUnit::kRadians, "CircleLineIntersect", {V(CZetPoint(0, 0)), V(5.0), V(CZetLine(0, 5))},
+      {kRad, "CircleLineIntersect", {V(CZetPoint(0, 0)), V(5.0), V(CZetLine(0, 5))},
        {V(1.0), V(CZetPoint(0, 5)), V(o)}},
-      {EZetAngleUnit::kRadians, "CircleLineIntersect", {V(CZetPoint(0, 0)), V(5.0), V(CZetLine(0, 6))},
+      {kRad, "CircleLineIntersect", {V(CZetPoint(0, 0)), V(5.0), V(CZetLine(0, 6))},
        {V(0.0), V(o), V(o)}},
-      {EZetAngleUnit::kRadians, "CircleLineIntersect", {V(CZetPoint(0, 0)), V(-5.0), V(CZetLine(0, 0))},
+      {kRad, "CircleLineIntersect", {V(CZetPoint(0, 0)), V(-5.0), V(CZetLine(0, 0))},
        {V(0.0), V(o), V(o)}},
       // Bisector through the corner (0, 0) of the right angle between +x and +y.
-      {EZetAngleUnit::kRadians, "AngleBisect", {V(CZetPoint(4, 0)), V(o), V(CZetPoint(0, 9))},
+      {kRad, "AngleBisect", {V(CZetPoint(4, 0)), V(o), V(CZetPoint(0, 9))},
        {V(CZetLine(kPi / 4, 0))}},
-      {EZetAngleUnit::kRadians, "AngleBisect", {V(o), V(o), V(CZetPoint(0, 9))}, {V(CZetLine(0, 0))}},
+      {kRad, "AngleBisect", {V(o), V(o), V(CZetPoint(0, 9))}, {V(CZetLine(0, 0))}},
       // Parallel lines: the line midway between them.
-      {EZetAngleUnit::kRadians, "LnsBisect", {V(CZetLine(0, 2)), V(CZetLine(kPi, -6))},
+      {kRad, "LnsBisect", {V(CZetLine(0, 2)), V(CZetLine(kPi, -6))},
        {V(CZetLine(0, 4))}},
-      {EZetAngleUnit::kRadians, "LnsBisect", {V(CZetLine(0.2, 0)), V(CZetLine(0.6, 0))},
+      {kRad, "LnsBisect", {V(CZetLine(0.2, 0)), V(CZetLine(0.6, 0))},
        {V(CZetLine(0.4, 0))}},
       // Along x = 1 (pointing down) from y = 2 to y = 7: +5; the other way round -5.
-      {EZetAngleUnit::kRadians, "LnToLnDist",
+      {kRad, "LnToLnDist",
        {V(CZetLine(0, 2)), V(CZetLine(0, 7)), V(CZetLine(kPi / 2, -1))}, {V(5.0)}},
-      {EZetAngleUnit::kRadians, "LnToLnDist",
+      {kRad, "LnToLnDist",
        {V(CZetLine(0, 7)), V(CZetLine(0, 2)), V(CZetLine(-kPi / 2, 1))}, {V(-5.0)}},
-      {EZetAngleUnit::kRadians, "LnToLnDist",
+      {kRad, "LnToLnDist",
        {V(CZetLine(0, 7)), V(CZetLine(0, 2)), V(CZetLine(0, 1))}, {V(0.0)}},  // never crosses
       // The line's own angle decides, whatever unit the user works in.
-      {EZetAngleUnit::kDegrees, "LnPerpendicular", {V(CZetLine(0, 5)), V(CZetPoint(3, 1))},
+      {kDeg, "LnPerpendicular", {V(CZetLine(0, 5)), V(CZetPoint(3, 1))},
        {V(CZetLine(kPi / 2, -3))}},
-      {EZetAngleUnit::kDegrees, "LnParallel", {V(CZetLine(kPi, 5)), V(CZetPoint(3, 1))},
+      {kDeg, "LnParallel", {V(CZetLine(kPi, 5)), V(CZetPoint(3, 1))},
        {V(CZetLine(0, 1))}},
-  };
-  for (const auto& c : cases) {
-    SCOPED_TRACE(std::string(c.instr) + " #" + std::to_string(&c - cases));
-    Unit(c.unit);
-    const CRun r = Exec(c.instr, c.in);
-    ASSERT_EQ(r.status, 0);
-    EXPECT_TRUE(r.reports.empty());
-    for (size_t i = 0; i < c.out.size(); ++i)
-      EXPECT_TRUE(Near(r.Out(static_cast<int>(i)), c.out[i], 1e-12)) << "output " << i;
-  }
+  });
 }
 
 // Drawn on every run, collinear and coincident corners included, with the label empty.

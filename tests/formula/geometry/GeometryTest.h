@@ -64,12 +64,33 @@ inline SRunOptions WithOutputs(std::vector<CZetObject> outputs) {
   return o;
 }
 
+inline constexpr EZetAngleUnit kDeg = EZetAngleUnit::kDegrees, kRad = EZetAngleUnit::kRadians;
+
 // Every test starts and ends with the angle unit in radians.
 class Geometric : public testing::Test {
  protected:
   void SetUp() override { Unit(EZetAngleUnit::kRadians); }
   void TearDown() override { Unit(EZetAngleUnit::kRadians); }
   static void Unit(EZetAngleUnit u) { CZetSetting::Inst().SetAngleUnit(u); }
+
+  // One row of a table: an instruction run in an angle unit, and the outputs it must give.
+  struct SCase {
+    EZetAngleUnit unit;
+    const char* instr;
+    std::vector<CZetObject> in;
+    std::vector<CZetObject> out;
+  };
+  static void ExpectTable(const std::vector<SCase>& cases) {
+    for (const SCase& c : cases) {
+      SCOPED_TRACE(std::string(c.instr) + " #" + std::to_string(&c - cases.data()));
+      Unit(c.unit);
+      const CRun r = Exec(c.instr, c.in);
+      ASSERT_EQ(r.status, 0);
+      EXPECT_TRUE(r.reports.empty());
+      for (size_t i = 0; i < c.out.size(); ++i)
+        EXPECT_TRUE(Near(r.Out(static_cast<int>(i)), c.out[i], 1e-12)) << "output " << i;
+    }
+  }
 };
 
 }  // namespace zet::test

@@ -11,16 +11,10 @@ namespace {
 
 constexpr double kPi = CZetGeometry::Pi;
 const double kNaN = std::numeric_limits<double>::quiet_NaN();
-const EZetAngleUnit kDeg = EZetAngleUnit::kDegrees, kRad = EZetAngleUnit::kRadians;
 
 TEST_F(Geometric, PointsAndLinesTable) {
   const CZetPoint o(0, 0);
-  const struct {
-    EZetAngleUnit unit;
-    const char* instr;
-    std::vector<CZetObject> in;
-    std::vector<CZetObject> out;
-  } cases[] = {
+  ExpectTable({
       {kRad, "PtSet", {V(CZetPoint(1, -2))}, {V(CZetPoint(1, -2))}},
       {kRad, "LnSet", {V(CZetLine(7, 3))}, {V(CZetLine(7, 3))}},  // not normalised
       {kRad, "PtToPtDist", {V(CZetPoint(1, 1)), V(CZetPoint(4, 5))}, {V(5.0), V(3.0), V(4.0)}},
@@ -54,16 +48,7 @@ TEST_F(Geometric, PointsAndLinesTable) {
       {kDeg, "PtsToBestAngle", {V(CZetPoint(1, 1)), V(o)}, {V(-45.0)}},
       {kDeg, "PtsToBestAngle", {V(o), V(CZetPoint(0, -3))}, {V(90.0)}},
       {kRad, "PtsToBestAngle", {V(CZetPoint(2, 0)), V(CZetPoint(0, 1))}, {V(std::atan(0.5))}},
-  };
-  for (const auto& c : cases) {
-    SCOPED_TRACE(std::string(c.instr) + " #" + std::to_string(&c - cases));
-    Unit(c.unit);
-    const CRun r = Exec(c.instr, c.in);
-    ASSERT_EQ(r.status, 0);
-    EXPECT_TRUE(r.reports.empty());
-    for (size_t i = 0; i < c.out.size(); ++i)
-      EXPECT_TRUE(Near(r.Out(static_cast<int>(i)), c.out[i], 1e-12)) << "output " << i;
-  }
+  });
 }
 
 TEST_F(Geometric, LineToNumbersAndBackInEitherUnit) {
