@@ -44,16 +44,44 @@ TEST(OsDatePicture, DateCodes) {
     const char* picture;
     const char* text;
   } cases[] = {
-      {"dd/MM/yy", "02/03/26"},          {"d/M/y", "2/3/26"},
-      {"ddd dddd ddddd", "Mon Monday Monday"}, {"MMM MMMM MMMMMM", "Mar March March"},
-      {"yyyy yyy yyyyy", "2026 2026 2026"},  {"gg g", "A.D. A.D."},
-      {"'day' d", "day 2"},              {"'it''s' d", "it's 2"},
-      {"''", "'"},                       {"'open d", "open d"},
-      {"hh:mm:ss tt D Y", "hh:mm:ss tt D Y"}, {"", ""},
+      {"dd/MM/yy", "02/03/26"},
+      {"d/M/y", "2/3/26"},
+      {"ddd dddd ddddd", "Mon Monday Monday"},
+      {"MMM MMMM MMMMMM", "Mar March March"},
+      {"yyyy yyy yyyyy", "2026 2026 2026"},
+      {"gg g", "A.D. A.D."},
+      {"'day' d", "day 2"},
+      {"'it''s' d", "it's 2"},
+      {"''", ""},
+      {"'open d", "open d"},
+      {"hh:mm:ss tt D Y", "hh:mm:ss tt D Y"},
+      {"", ""},
       {"\xE9-d-\x92", "\xE9-2-\x92"},
   };
   for (const auto& c : cases) EXPECT_EQ(Date(c.picture, kMonday), c.text) << c.picture;
   EXPECT_EQ(Date("y yy", At(2009, 1, 1, 4, 0, 0, 0)), "9 09");
+}
+
+// Quoting as Windows quotes: a quote opens literal text, two quotes inside it
+// are one quote, the next single quote closes it; a pair outside literal text
+// is an empty literal. The fourth and fifth are the Windows conformance test's
+// own pictures.
+TEST(OsDatePicture, QuotingAsWindows) {
+  const SZetLocalTime saturday = At(2002, 5, 4, 6, 0, 0, 0);
+  const struct {
+    const char* picture;
+    const char* text;
+  } cases[] = {
+      {"''", ""},
+      {"''d''", "4"},
+      {"'it''s' d", "it's 4"},
+      {"ddd',' MMM dd ''''yy", "Sat, May 04 '02"},
+      {"MMMM ''''yy", "May '02"},
+      {"''''", "'"},
+      {"'a''''b'", "a''b"},
+  };
+  for (const auto& c : cases) EXPECT_EQ(Date(c.picture, saturday), c.text) << c.picture;
+  EXPECT_EQ(Time("''h'' 'o''clock'", At(2002, 5, 4, 6, 9, 0, 0)), "9 o'clock");
 }
 
 TEST(OsDatePicture, TimeCodes) {

@@ -1,15 +1,22 @@
-// Date and time pictures: the Windows picture codes interpreted here, with day and
-// month names and AM/PM markers from the calling thread's locale.
+// Date and time pictures: the Windows picture codes interpreted here, with day
+// and month names and AM/PM markers from the calling thread's locale.
 //
-// A picture is read left to right. A run of one code letter is one field, its length
-// choosing the form; text in single quotes is copied ('' is one quote, inside or
-// outside quotes; an unclosed quote runs to the end); every other character is copied.
-// Dates know d M y g, times h H m s t; a letter of the other kind is copied.
+// A picture is read left to right. A run of one code letter is one field, its
+// length choosing the form; every other character is copied. Quoting is
+// Windows': a single quote opens literal text, inside it two quotes are one
+// quote and the next single quote closes it, so '' outside literal text is an
+// empty literal (nothing), and
+// ''''yy is a quote and the year. Where Windows' documentation is silent we
+// decided: an unclosed quote runs to the end of the picture; a code letter of
+// the other kind (a time code in a date picture and the reverse) is copied like
+// any other text; a run longer than the longest documented form takes that form
+// (ddddd = dddd). Dates know d M y g, times h H m s t; a letter of the other
+// kind is copied.
 //   d 1 dd 01 ddd Mon dddd+ Monday      M 1 MM 01 MMM Jan MMMM+ January
 //   y 6 yy 06 yyy+ 2006                 g+ the locale's era, or "A.D."
 //   h 1 hh+ 01 (12-hour clock)  H HH+ (24-hour)  m mm+  s ss+  t A  tt+ AM
-// A month name written with a day number (d or dd) in the same picture takes the
-// genitive form where the language has one (Polish "1 marca" but "marzec").
+// A month name written with a day number (d or dd) in the same picture takes
+// the genitive form where the language has one (Polish "1 marca" but "marzec").
 #include <langinfo.h>
 
 #include <string>
@@ -44,20 +51,50 @@ void AppendNumber(std::string& out, int value, bool twoDigits) {
   out += std::to_string(value);
 }
 
-bool HasDayNumber(std::string_view picture) {
-  bool quoted = false;
+bool IsCode(EKind kind, char c) {
+  if (kind == EKind::kDate) return c == 'd' || c == 'M' || c == 'y' || c == 'g';
+  return c == 'h' || c == 'H' || c == 'm' || c == 's' || c == 't';
+}
+
+// Splits a picture into literal text and code fields, calling literal(char) for
+// each character copied and field(code, run) for each run of a code letter.
+template <class Literal, class Field>
+void Scan(EKind kind, std::string_view picture, Literal literal, Field field) {
   for (size_t i = 0; i < picture.size();) {
-    if (picture[i] == '\'') {
-      quoted = !quoted;
-      ++i;
+    const char c = picture[i];
+    if (c == '\'') {
+      // Literal text up to the closing quote; '' inside it is one quote.
+      for (++i; i < picture.size(); ++i) {
+        if (picture[i] != '\'') {
+          literal(picture[i]);
+        } else if (i + 1 < picture.size() && picture[i + 1] == '\'') {
+          literal('\'');
+          ++i;
+        } else {
+          ++i;
+          break;
+        }
+      }
       continue;
     }
     size_t n = 1;
-    while (i + n < picture.size() && picture[i + n] == picture[i]) ++n;
-    if (!quoted && picture[i] == 'd' && n <= 2) return true;
+    while (i + n < picture.size() && picture[i + n] == c) ++n;
+    if (IsCode(kind, c))
+      field(c, n);
+    else
+      for (size_t k = 0; k < n; ++k) literal(c);
     i += n;
   }
-  return false;
+}
+
+bool HasDayNumber(std::string_view picture) {
+  bool found = false;
+  Scan(
+      EKind::kDate, picture, [](char) {},
+      [&](char code, size_t n) {
+        if (code == 'd' && n <= 2) found = true;
+      });
+  return found;
 }
 
 void DateField(std::string& out, char code, size_t n, const SZetLocalTime& t, bool genitive) {
@@ -102,41 +139,18 @@ void TimeField(std::string& out, char code, size_t n, const SZetLocalTime& t) {
   }
 }
 
-bool IsCode(EKind kind, char c) {
-  if (kind == EKind::kDate) return c == 'd' || c == 'M' || c == 'y' || c == 'g';
-  return c == 'h' || c == 'H' || c == 'm' || c == 's' || c == 't';
-}
-
 std::string Interpret(EKind kind, std::string_view picture, const SZetLocalTime& t) {
   const bool genitive = kind == EKind::kDate && HasDayNumber(picture);
   std::string out;
   out.reserve(picture.size() + 16);
-  bool quoted = false;
-  for (size_t i = 0; i < picture.size();) {
-    const char c = picture[i];
-    if (c == '\'') {
-      if (i + 1 < picture.size() && picture[i + 1] == '\'') {
-        out += '\'';
-        i += 2;
-      } else {
-        quoted = !quoted;
-        ++i;
-      }
-      continue;
-    }
-    if (quoted || !IsCode(kind, c)) {
-      out += c;
-      ++i;
-      continue;
-    }
-    size_t n = 1;
-    while (i + n < picture.size() && picture[i + n] == c) ++n;
-    if (kind == EKind::kDate)
-      DateField(out, c, n, t, genitive);
-    else
-      TimeField(out, c, n, t);
-    i += n;
-  }
+  Scan(
+      kind, picture, [&](char c) { out += c; },
+      [&](char code, size_t n) {
+        if (kind == EKind::kDate)
+          DateField(out, code, n, t, genitive);
+        else
+          TimeField(out, code, n, t);
+      });
   return out;
 }
 
