@@ -4,9 +4,11 @@
 // ArrayFamilies.cpp makes one class of each row.
 //
 // An operation reads its input arrays in place and builds a changed array aside
-// before it writes the output, so a size or position the vector refuses (beyond its
-// cap, past the end; see TZetVector) returns kFail with the output as it was. Append,
-// whose only refusal is known before it starts, writes into the output directly.
+// before it writes the output, so a size the vector refuses (beyond its cap; see
+// TZetVector) returns kFail with the output as it was. Positions and counts that an
+// operation does not test are passed on to the vector's Insert and Erase, which
+// clamp them as a growable array would. Append, whose only refusal is known before
+// it starts, writes into the output directly.
 #pragma once
 
 #include <algorithm>
@@ -133,13 +135,12 @@ class TArrEraseRange final : public TInstr<TArrEraseRange<E, R>> {
     const int64_t n = arr.Size();
     const int start = a.TruncInt(1), end = a.TruncInt(2);
     // A negative start passes these tests unless indexes are unsigned; the vector's
-    // range erase then refuses it.
+    // range erase then clips it, erasing from the first element up to idxEnd.
     const bool startTooLarge =
         E::kUnsignedIndex ? static_cast<unsigned>(start) >= n : start >= n;
     if (startTooLarge || end < 0 || end >= n || start > end) return kFail;
     typename E::Vec r = arr;
-    if (!r.Erase(static_cast<unsigned>(start), static_cast<unsigned>(int64_t{end} - start + 1)))
-      return kFail;
+    r.Erase(start, int64_t{end} - start + 1);
     return PutArray(a, 0, std::move(r));
   }
 };
@@ -206,12 +207,14 @@ class TArrInsert final : public TInstr<TArrInsert<E, R>> {
     const auto& arr = a.Get<typename E::Vec>(0);
     const int idx = a.TruncInt(1);
     const int k = std::max(0, a.Count() - 2);
-    // No test against the size: a position past the end is refused by the vector.
+    // No test against the size: the vector appends at a position past the end (and
+    // inserts at the front for the point Insert's negative idx).
     if (E::kInsertTestsIndex && idx < 0) return kFail;
     if (k == 0) return PutArray(a, 0, typename E::Vec(arr));
     typename E::Vec r = CopyWithRoom(arr, k);
-    if (!r.Insert(static_cast<unsigned>(idx), static_cast<unsigned>(k), {})) return kFail;
-    for (int j = 0; j < k; ++j) r.Std()[idx + j] = E::Read(a, 2 + j);
+    const size_t at = r.InsertionPoint(idx);
+    if (!r.Insert(idx, k, {})) return kFail;
+    for (int j = 0; j < k; ++j) r.Std()[at + j] = E::Read(a, 2 + j);
     return PutArray(a, 0, std::move(r));
   }
 };
@@ -223,7 +226,7 @@ struct SInsertTexts {
       "after idx.";
 };
 
-// The count is not tested: a negative one is refused by the vector.
+// The count is not tested: for a negative one the vector inserts nothing.
 template <class E, class R>
 class TArrInsertRep final : public TInstr<TArrInsertRep<E, R>> {
  public:
@@ -239,11 +242,11 @@ class TArrInsertRep final : public TInstr<TArrInsertRep<E, R>> {
     CArgs a(ctx);
     const auto& arr = a.Get<typename E::Vec>(0);
     const int idx = a.TruncInt(1);
-    const unsigned count = static_cast<unsigned>(a.TruncInt(2));
+    const int count = a.TruncInt(2);
     // So InsertRep cannot insert at the end, nor into an empty array.
     if (!Addresses(idx, arr.Size())) return kFail;
-    typename E::Vec r = CopyWithRoom(arr, count);
-    if (!r.Insert(static_cast<unsigned>(idx), count, E::Read(a, 3))) return kFail;
+    typename E::Vec r = CopyWithRoom(arr, std::max(count, 0));
+    if (!r.Insert(idx, count, E::Read(a, 3))) return kFail;
     return PutArray(a, 0, std::move(r));
   }
 };
@@ -366,7 +369,7 @@ struct SCreateInfTexts {
   static constexpr const char* kText = "Creates a new array from the values passed in.";
 };
 
-// The count is not tested: a negative one is refused by the vector.
+// The count is not tested: for a negative one the vector inserts nothing.
 template <class E, class R>
 class TArrCreateRep final : public TInstr<TArrCreateRep<E, R>> {
  public:
@@ -378,8 +381,9 @@ class TArrCreateRep final : public TInstr<TArrCreateRep<E, R>> {
   }
   int Execute(IXInstrContext* ctx) override {
     CArgs a(ctx);
+    // The count is not tested: for a negative one the vector inserts nothing.
     typename E::Vec r;
-    if (!r.Insert(0, static_cast<unsigned>(a.TruncInt(0)), E::Read(a, 1))) return kFail;
+    if (!r.Insert(0, a.TruncInt(0), E::Read(a, 1))) return kFail;
     return PutArray(a, 0, std::move(r));
   }
 };

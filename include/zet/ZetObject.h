@@ -22,6 +22,7 @@
 // fresh, untyped output becomes the array an instruction fills.
 #pragma once
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <new>
@@ -218,17 +219,20 @@ class ZET_PLATFORM_API CZetHandle : public TZetValue<CZetHandle, ZET_OBJ_HANDLE>
 // Vectors refuse to grow beyond this many bytes of elements: Resize, Insert and
 // PushBack then return false and leave the vector as it was.
 //
-// Positions and counts are unsigned, so the values that the array instructions pass
-// on without a test of their own arrive here as follows, and each is refused with the
-// vector left as it was (the instruction then returns 3 and leaves its output alone):
-// - a negative count (InsertRep, CreateRep, and the point AppendRep, which reads its
-//   count as unsigned on purpose) is 2^32 minus its magnitude, beyond the cap of every
-//   element type: Insert refuses it before allocating anything;
-// - an insert position past the end (Insert tests only for a negative index, and the
-//   point Insert tests nothing, so a negative one arrives as a huge position): Insert
-//   refuses pos > Size(), whatever the count;
-// - a negative start of a range erase (EraseRange lets it through for every type but
-//   points) is a huge position: Erase refuses pos > Size().
+// Insert and Erase take signed positions and counts and behave as a growable
+// array would with any of them; the array instructions whose checks are loose
+// on purpose pass their values on unchanged and get these results:
+// - a negative insert count inserts nothing (InsertRep, CreateRep);
+// - a negative insert position inserts at the front, a position past the end
+//   appends (Insert, whose only test is for a negative index, and the point
+//   Insert, which tests nothing): the position is clamped to 0 .. Size();
+//   InsertionPoint says where the elements went;
+// - an erase range is clipped to the elements that exist, so a negative start
+// erases
+//   from the first element (EraseRange with a negative idxStart) and a range
+//   past the end erases nothing.
+// The only refusal left is the cap: an insert that would grow the vector beyond
+// it.
 inline constexpr size_t kZetMaxVectorBytes = size_t{1} << 30;
 
 template <class T, int kCode>
@@ -246,10 +250,17 @@ class TZetVector : public TZetValue<TZetVector<T, kCode>, static_cast<ZET_OBJ_TY
   }
   T& operator[](unsigned i) { return m_v[i]; }
   const T& operator[](unsigned i) const { return m_v[i]; }
-  // Inserts `count` copies of `value` before `pos` (pos <= Size()).
-  bool Insert(unsigned pos, unsigned count, const T& value) {
-    if (pos > m_v.size() || count > kMaxSize - m_v.size()) return false;
-    m_v.insert(m_v.begin() + pos, count, value);
+  // Where an insert at `pos` puts its first element: pos clamped to 0 ..
+  // Size().
+  size_t InsertionPoint(int64_t pos) const {
+    return pos < 0 ? 0 : std::min<size_t>(static_cast<uint64_t>(pos), m_v.size());
+  }
+  // Inserts `count` copies of `value` at InsertionPoint(pos); a count below 1
+  // inserts nothing. False (and the vector as it was) only beyond the cap.
+  bool Insert(int64_t pos, int64_t count, const T& value) {
+    if (count <= 0) return true;
+    if (static_cast<uint64_t>(count) > kMaxSize - m_v.size()) return false;
+    m_v.insert(m_v.begin() + InsertionPoint(pos), static_cast<size_t>(count), value);
     return true;
   }
   bool PushBack(const T& value) {
@@ -257,12 +268,14 @@ class TZetVector : public TZetValue<TZetVector<T, kCode>, static_cast<ZET_OBJ_TY
     m_v.push_back(value);
     return true;
   }
-  // Removes `count` elements from `pos`, clipped to the end; refuses (false) a
-  // position past the end.
-  bool Erase(unsigned pos, unsigned count) {
-    if (pos > m_v.size()) return false;
-    const size_t n = std::min<size_t>(count, m_v.size() - pos);
-    m_v.erase(m_v.begin() + pos, m_v.begin() + pos + n);
+  // Removes the elements of [pos, pos + count) that exist; never fails.
+  bool Erase(int64_t pos, int64_t count) {
+    const int64_t n = static_cast<int64_t>(m_v.size());
+    const int64_t first = std::clamp<int64_t>(pos, 0, n);
+    if (count <= 0 || pos >= n) return true;
+    const int64_t end = pos > n - count ? n : pos + count;  // without overflow
+    const int64_t last = std::clamp<int64_t>(end, first, n);
+    m_v.erase(m_v.begin() + first, m_v.begin() + last);
     return true;
   }
   T* GetStorage() { return m_v.data(); }

@@ -108,16 +108,54 @@ TEST(ZetObject, VectorInsertAndCap) {
   EXPECT_TRUE(v.Insert(1, 1, 5.0));
   ASSERT_EQ(v.Size(), 4u);
   EXPECT_EQ(v[1], 5.0);
-  EXPECT_FALSE(v.Insert(9, 1, 0.0));  // past the end
   EXPECT_FALSE(v.Resize(0xFFFFFFFFu));
-  EXPECT_FALSE(v.Insert(0, 0xFFFFFFFFu, 0.0));
+  EXPECT_FALSE(v.Insert(0, 0xFFFFFFFFu, 0.0));  // beyond the cap: the only refusal
   EXPECT_EQ(v.Size(), 4u);
-  EXPECT_FALSE(v.Erase(5, 1));            // past the end
-  EXPECT_FALSE(v.Erase(0xFFFFFFFEu, 4));  // a negative start, as an unsigned position
-  EXPECT_EQ(v.Size(), 4u);
-  EXPECT_TRUE(v.Erase(4, 2));  // at the end: nothing to remove
-  EXPECT_TRUE(v.Erase(1, 100));
-  EXPECT_EQ(v.Size(), 1u);
+}
+
+// Positions and counts out of range behave as a growable array's: clamped,
+// never refused.
+TEST(ZetObject, VectorInsertAndEraseClampAsAGrowableArray) {
+  const auto Vec = [](std::vector<double> items) {
+    CZetNumberVector v;
+    v.Std() = std::move(items);
+    return v;
+  };
+  const struct {
+    const char* what;
+    int64_t pos, count;
+    std::vector<double> want;
+  } inserts[] = {
+      {"past the end appends", 9, 2, {1, 2, 3, 0, 0}},
+      {"negative position at the front", -4, 1, {0, 1, 2, 3}},
+      {"negative count nothing", 1, -3, {1, 2, 3}},
+      {"most negative count nothing", 0, INT32_MIN, {1, 2, 3}},
+  };
+  for (const auto& c : inserts) {
+    CZetNumberVector v = Vec({1, 2, 3});
+    EXPECT_TRUE(v.Insert(c.pos, c.count, 0.0)) << c.what;
+    EXPECT_EQ(v.Std(), c.want) << c.what;
+  }
+  EXPECT_EQ(Vec({1, 2, 3}).InsertionPoint(-1), 0u);
+  EXPECT_EQ(Vec({1, 2, 3}).InsertionPoint(7), 3u);
+  const struct {
+    const char* what;
+    int64_t pos, count;
+    std::vector<double> want;
+  } erases[] = {
+      {"negative start from the first", -2, 3, {2, 3}},
+      {"negative start, range before the array", -5, 2, {1, 2, 3}},
+      {"past the end nothing", 5, 1, {1, 2, 3}},
+      {"at the end nothing", 3, 2, {1, 2, 3}},
+      {"clipped at the end", 1, 100, {1}},
+      {"negative count nothing", 0, -1, {1, 2, 3}},
+      {"whole range of int32", INT32_MIN, int64_t{INT32_MAX} - INT32_MIN + 1, {}},
+  };
+  for (const auto& c : erases) {
+    CZetNumberVector v = Vec({1, 2, 3});
+    EXPECT_TRUE(v.Erase(c.pos, c.count)) << c.what;
+    EXPECT_EQ(v.Std(), c.want) << c.what;
+  }
 }
 
 }  // namespace
