@@ -1,12 +1,13 @@
-// Fuzzing zet's request runner (CZetJsonSession) with the real plug-in: each line of
-// the input is one request of one session, as `zet exec` reads them. The answer to
-// every line must be one JSON object.
+// Fuzzing zet's request runner (CZetJsonSession) with the real plug-in: each
+// line of the input is one request of one session, as `zet exec` reads them.
+// The answer to every line must be one JSON object.
 //
-// Requests that would act on the machine are left out before they run: a "save" or
-// "file" key anywhere (files written or read by name), and the instructions of the
-// system-service and keyboard categories (files, folders, environment, dialogs,
-// sleeps). Their own tests cover those. A line that is not JSON goes to the runner
-// as it is.
+// Requests that would act on the machine are left out before they run: a "save"
+// or "file" key anywhere (files written or read by name), and the instructions
+// whose declared effects reach beyond the process's outputs (files and folders,
+// the environment, sleeps and message boxes, the desktop, the log;
+// include/zet/ZetEffects.h). Their own tests cover those. A line that is not
+// JSON goes to the runner as it is.
 #include <cstddef>
 #include <cstdint>
 #include <cstdlib>
@@ -15,6 +16,7 @@
 #include <string>
 #include <string_view>
 
+#include "zet/ZetEffects.h"
 #include "zet/ZetHost.h"
 #include "zet/ZetSetting.h"
 
@@ -49,8 +51,12 @@ bool ActsOnTheMachine(const Json& request) {
     if (zet::host::Utf8ToCp1252(instr.get<std::string>(), &name)) index = g_module->Find(name);
   }
   if (index < 0) return false;
-  const std::string_view category = g_module->At(index)->GetInfo()->category;
-  return category == "IO: System" || category == "IO: Keyboard";
+  constexpr unsigned kActsOnTheMachine = zet::kEffectFiles | zet::kEffectEnvironment |
+                                         zet::kEffectBlocking | zet::kEffectDesktop |
+                                         zet::kEffectLog;
+  unsigned effects = 0;
+  if (!zet::host::InstrEffects(g_module->At(index)->GetInfo()->ident, &effects)) return true;
+  return (effects & kActsOnTheMachine) != 0;
 }
 
 }  // namespace

@@ -17,19 +17,14 @@ namespace fs = std::filesystem;
 
 namespace {
 
-constexpr std::pair<const char*, int> kTypeNames[] = {
-    {"boolean", kTypeBool},
-    {"number", kTypeNumber},
-    {"string", kTypeString},
-    {"point", kTypePoint},
-    {"line", kTypeLine},
-    {"image", kTypeImage},
-    {"boolean array", kTypeBoolArray},
-    {"number array", kTypeNumberArray},
-    {"string array", kTypeStringArray},
-    {"point array", kTypePointArray},
-    {"line array", kTypeLineArray},
-};
+// The descriptor type a variable declares: its program name ("boolean") or the
+// catalogue's spelling ("Boolean"); both are accepted (docs/programs.md). 0:
+// none.
+int DeclaredType(const Json& name) {
+  for (const SZetTypeInfo& t : kZetTypeInfos)
+    if (t.program && (name == t.program || name == t.display)) return t.code;
+  return 0;
+}
 
 void OnlyKeys(const Json& j, std::initializer_list<const char*> keys, const std::string& what) {
   if (!j.is_object()) Fail(what + ": expected an object");
@@ -119,8 +114,7 @@ class CLoader {
       SVariable& v = m_program.vars[static_cast<size_t>(Declare(name))];
       if (decl.contains("type")) {
         const Json& t = decl["type"];
-        for (const auto& [typeName, code] : kTypeNames)
-          if (t == typeName) v.type = code;
+        v.type = DeclaredType(t);
         if (!v.type) Fail(what + ": unknown type " + t.dump());
       }
       if (decl.contains("value") && decl.contains("file"))

@@ -60,22 +60,12 @@ const char* KindName(ZET_OBJ_TYPE k) {
 // numbers and strings cross over by the value conversion table, as a host wiring them
 // would; every other kind must be the input's own.
 bool Fits(const CZetObject& v, int type) {
-  const ZET_OBJ_TYPE k = v.GetType();
-  switch (type) {
-    case kTypeBool:
-    case kTypeNumber:
-    case kTypeString:
-      return k == ZET_OBJ_BOOL || k == ZET_OBJ_INT || k == ZET_OBJ_DOUBLE || k == ZET_OBJ_STRING;
-    case kTypePoint: return k == ZET_OBJ_POINT;
-    case kTypeLine: return k == ZET_OBJ_LINE;
-    case kTypeImage: return k == ZET_OBJ_HANDLE;
-    case kTypeBoolArray: return k == ZET_OBJ_BOOL_ARRAY;
-    case kTypeNumberArray: return k == ZET_OBJ_NUMBER_ARRAY;
-    case kTypeStringArray: return k == ZET_OBJ_STRING_ARRAY;
-    case kTypePointArray: return k == ZET_OBJ_POINT_ARRAY;
-    case kTypeLineArray: return k == ZET_OBJ_LINE_ARRAY;
-    default: return true;
-  }
+  const auto scalar = [](ZET_OBJ_TYPE k) {
+    return k == ZET_OBJ_BOOL || k == ZET_OBJ_INT || k == ZET_OBJ_DOUBLE || k == ZET_OBJ_STRING;
+  };
+  const SZetTypeInfo* t = ZetTypeInfo(type);
+  if (!t || !t->program) return true;  // no variable declares it (integer, choice)
+  return scalar(t->kind) ? scalar(v.GetType()) : v.GetType() == t->kind;
 }
 
 struct SImageResult {

@@ -133,6 +133,31 @@ CZetLine LineOf(const Json& j, const std::string& what) {
   return CZetLine(NumberOf(Field(j, "a", what), what), NumberOf(Field(j, "d", what), what));
 }
 
+// One element of an array value, read as a value of its element type.
+template <class T>
+T ElementOf(const Json& e, const std::string& what);
+template <>
+CZetBool ElementOf<CZetBool>(const Json& e, const std::string& what) {
+  if (!e.is_boolean()) Fail(what + ": expected true or false, got " + e.dump());
+  return CZetBool(e.get<bool>());
+}
+template <>
+double ElementOf<double>(const Json& e, const std::string& what) {
+  return NumberOf(e, what);
+}
+template <>
+CZetString ElementOf<CZetString>(const Json& e, const std::string& what) {
+  return CZetString(TextOf(e, what));
+}
+template <>
+CZetPoint ElementOf<CZetPoint>(const Json& e, const std::string& what) {
+  return PointOf(e, what);
+}
+template <>
+CZetLine ElementOf<CZetLine>(const Json& e, const std::string& what) {
+  return LineOf(e, what);
+}
+
 void DecodeValue(const Json& j, int type, CZetObject& out, const std::string& what,
                  std::vector<std::unique_ptr<CZetImage>>& images) {
   if (j.is_null()) {
@@ -159,25 +184,12 @@ void DecodeValue(const Json& j, int type, CZetObject& out, const std::string& wh
       images.push_back(std::move(img));
       return;
     }
-    case kTypeBoolArray:
-      FillList<CZetBoolVector>(j, out, what, [&](const Json& e) {
-        if (!e.is_boolean()) Fail(what + ": expected true or false, got " + e.dump());
-        return CZetBool(e.get<bool>());
-      });
-      return;
-    case kTypeNumberArray:
-      FillList<CZetNumberVector>(j, out, what, [&](const Json& e) { return NumberOf(e, what); });
-      return;
-    case kTypeStringArray:
-      FillList<CZetStringVector>(j, out, what,
-                                 [&](const Json& e) { return CZetString(TextOf(e, what)); });
-      return;
-    case kTypePointArray:
-      FillList<CZetPointVector>(j, out, what, [&](const Json& e) { return PointOf(e, what); });
-      return;
-    case kTypeLineArray:
-      FillList<CZetLineVector>(j, out, what, [&](const Json& e) { return LineOf(e, what); });
-      return;
+#define ZET_ARRAY_TYPE(Code, Number, Vector, ...)                                            \
+  case Code:                                                                                 \
+    FillList<Vector>(j, out, what,                                                           \
+                     [&](const Json& e) { return ElementOf<Vector::value_type>(e, what); }); \
+    return;
+#include "zet/ZetTypes.def"
     default: Fail(what + ": slot of unknown type " + std::to_string(type));
   }
 }

@@ -8,9 +8,6 @@
 
 namespace zet {
 
-constexpr const char* kNumberArrays = "Array: Number";
-constexpr const char* kPointArrays = "Array: Point";
-
 // The standard unstable sort of [first, last) by `before(key(x), key(y))`. Elements
 // whose key is NaN would break the sort's ordering contract (the definition leaves
 // their place unspecified), so they are moved behind the others first.

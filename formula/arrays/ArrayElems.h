@@ -35,7 +35,6 @@ struct SArrayRules {
 // field equals nothing, itself included, and is left out of that order.
 struct NumberElem : SArrayRules {
   using Vec = CZetNumberVector;
-  static constexpr const char* kCategory = "Array: Number";
   static constexpr int kType = kTypeNumber;
   static constexpr int kArrayType = kTypeNumberArray;
   static CDefault ValDefault() { return 0.0; }
@@ -48,7 +47,6 @@ struct NumberElem : SArrayRules {
 
 struct BooleanElem : SArrayRules {
   using Vec = CZetBoolVector;
-  static constexpr const char* kCategory = "Array: Boolean";
   static constexpr int kType = kTypeBool;
   static constexpr int kArrayType = kTypeBoolArray;
   static CDefault ValDefault() { return false; }
@@ -58,7 +56,6 @@ struct BooleanElem : SArrayRules {
 
 struct StringElem : SArrayRules {
   using Vec = CZetStringVector;
-  static constexpr const char* kCategory = "Array: String";
   static constexpr int kType = kTypeString;
   static constexpr int kArrayType = kTypeStringArray;
   static CDefault ValDefault() { return kEmptyText; }
@@ -73,7 +70,6 @@ struct StringElem : SArrayRules {
 // in the library.
 struct PointElem : SArrayRules {
   using Vec = CZetPointVector;
-  static constexpr const char* kCategory = "Array: Point";
   static constexpr int kType = kTypePoint;
   static constexpr int kArrayType = kTypePointArray;
   static CDefault ValDefault() { return CZetPoint(0.0, 0.0); }
@@ -92,7 +88,6 @@ struct PointElem : SArrayRules {
 
 struct LineElem : SArrayRules {
   using Vec = CZetLineVector;
-  static constexpr const char* kCategory = "Array: Line";
   static constexpr int kType = kTypeLine;
   static constexpr int kArrayType = kTypeLineArray;
   static CDefault ValDefault() { return CZetLine(0.0, 0.0); }

@@ -1,22 +1,22 @@
-// The classes of the typed-array families' shared operations: one per ZET_ARRAY row
-// of Registry.def, an alias of the operation's template over the row's element
-// trait and a row type with its identifier, id and description, so that
-//   ZET_ARRAY(CPArrEraseRange, EraseRange, Point, "_Zet_Array_CPArrEraseRange_", ...)
-// gives `using CPArrEraseRange = TArrEraseRange<PointElem, SCPArrEraseRangeRow>`
-// and its factory. The families' own algorithms are hand-written classes in the
-// other files of this folder.
+// The classes of the typed-array families' shared operations: one per ZET_ARRAY
+// row of Registry.def, an alias of the operation's template over the row's
+// element trait and a row type with its description variant, so that
+//   ZET_ARRAY(CPArrEraseRange, EraseRange, Point,
+//   "_Zet_Array_CPArrEraseRange_", ...)
+// gives `using CPArrEraseRange = TArrEraseRange<PointElem,
+// SCPArrEraseRangeRow>` and its factory (the identifier and id reach the
+// descriptor from the row itself). The families' own algorithms are
+// hand-written classes in the other files of this folder.
 #include "arrays/ArrayOps.h"
 
 namespace zet {
 namespace {
 
-#define ZET_INSTR(Class)
-#define ZET_ARRAY(Class, Op, Type, Ident, Id, Text)                   \
-  struct S##Class##Row {                                             \
-    static constexpr const char* kIdent = Ident;                     \
-    static constexpr int kId = Id;                                   \
-    static constexpr const char* kDescription = S##Op##Texts::Text;  \
-  };                                                                 \
+#define ZET_INSTR(Class, ...)
+#define ZET_ARRAY(Class, Op, Type, Ident, Id, Text)                 \
+  struct S##Class##Row {                                            \
+    static constexpr const char* kDescription = S##Op##Texts::Text; \
+  };                                                                \
   using Class = TArr##Op<Type##Elem, S##Class##Row>;
 #include "frame/Registry.def"
 
@@ -24,6 +24,6 @@ namespace {
 }  // namespace zet
 
 using namespace zet;  // NOLINT: the factories name the classes above
-#define ZET_INSTR(Class)
+#define ZET_INSTR(Class, ...)
 #define ZET_ARRAY(Class, ...) ZET_FACTORY(Class)
 #include "frame/Registry.def"

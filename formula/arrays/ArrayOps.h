@@ -1,14 +1,14 @@
-// The operations shared by the five typed-array families, each written once over an
-// element trait E (ArrayElems.h) and a row R of Registry.def (R::kIdent, R::kId and
-// R::kDescription, one of the variants named in the operation's texts below).
+// The operations shared by the five typed-array families, each written once
+// over an element trait E (ArrayElems.h) and a row R of Registry.def
+// (R::kDescription, one of the variants named in the operation's texts below).
 // ArrayFamilies.cpp makes one class of each row.
 //
 // An operation reads its input arrays in place and builds a changed array aside
-// before it writes the output, so a size the vector refuses (beyond its cap; see
-// TZetVector) returns kFail with the output as it was. Positions and counts that an
-// operation does not test are passed on to the vector's Insert and Erase, which
-// clamp them as a growable array would. Append, whose only refusal is known before
-// it starts, writes into the output directly.
+// before it writes the output, so a size the vector refuses (beyond its cap;
+// see TZetVector) returns kFail with the output as it was. Positions and counts
+// that an operation does not test are passed on to the vector's Insert and
+// Erase, which clamp them as a growable array would. Append, whose only refusal
+// is known before it starts, writes into the output directly.
 #pragma once
 
 #include <algorithm>
@@ -19,12 +19,6 @@
 #include "arrays/ArrayElems.h"
 
 namespace zet {
-
-// Name, category, identifier, id and description of a row.
-template <class E, class R>
-CDescriber& ArrayHead(CDescriber& d, const char* name) {
-  return d.Name(name).Category(E::kCategory).Ident(R::kIdent, R::kId).Description(R::kDescription);
-}
 
 // Whether idx addresses an element of an array of n. Signed and unsigned comparisons
 // agree here; they differ only for the start of EraseRange.
@@ -52,7 +46,7 @@ template <class E, class R>
 class TArrGetAt final : public TInstr<TArrGetAt<E, R>> {
  public:
   static void Describe(CDescriber& d) {
-    ArrayHead<E, R>(d, "GetAt")
+    d.Head("GetAt", R::kDescription)
         .Input(E::kArrayType, "arr")
         .Input(kTypeNumber, "idx", 0.0)
         .Output(E::kType, "val");
@@ -74,7 +68,7 @@ template <class E, class R>
 class TArrSetAt final : public TInstr<TArrSetAt<E, R>> {
  public:
   static void Describe(CDescriber& d) {
-    ArrayHead<E, R>(d, "SetAt")
+    d.Head("SetAt", R::kDescription)
         .Input(E::kArrayType, "arr")
         .Input(kTypeNumber, "idx", 0.0)
         .Input(E::kType, "val", E::ValDefault())
@@ -98,7 +92,7 @@ template <class E, class R>
 class TArrErase final : public TInstr<TArrErase<E, R>> {
  public:
   static void Describe(CDescriber& d) {
-    ArrayHead<E, R>(d, "Erase")
+    d.Head("Erase", R::kDescription)
         .Input(E::kArrayType, "arr")
         .Input(kTypeNumber, "idx", 0.0)
         .Output(E::kArrayType, "new array");
@@ -123,7 +117,7 @@ template <class E, class R>
 class TArrEraseRange final : public TInstr<TArrEraseRange<E, R>> {
  public:
   static void Describe(CDescriber& d) {
-    ArrayHead<E, R>(d, "EraseRange")
+    d.Head("EraseRange", R::kDescription)
         .Input(E::kArrayType, "arr")
         .Input(kTypeNumber, "idxStart", 0.0)
         .Input(kTypeNumber, "idxEnd", 0.0)
@@ -134,8 +128,9 @@ class TArrEraseRange final : public TInstr<TArrEraseRange<E, R>> {
     const auto& arr = a.Get<typename E::Vec>(0);
     const int64_t n = arr.Size();
     const int start = a.TruncInt(1), end = a.TruncInt(2);
-    // A negative start passes these tests unless indexes are unsigned; the vector's
-    // range erase then clips it, erasing from the first element up to idxEnd.
+    // A negative start passes these tests unless indexes are unsigned; the
+    // vector's range erase then clips it, erasing from the first element up to
+    // idxEnd.
     const bool startTooLarge =
         E::kUnsignedIndex ? static_cast<unsigned>(start) >= n : start >= n;
     if (startTooLarge || end < 0 || end >= n || start > end) return kFail;
@@ -153,7 +148,7 @@ template <class E, class R>
 class TArrSize final : public TInstr<TArrSize<E, R>> {
  public:
   static void Describe(CDescriber& d) {
-    ArrayHead<E, R>(d, "Size").Input(E::kArrayType, "arr").Output(kTypeNumber, "size");
+    d.Head("Size", R::kDescription).Input(E::kArrayType, "arr").Output(kTypeNumber, "size");
   }
   int Execute(IXInstrContext* ctx) override {
     CArgs a(ctx);
@@ -169,7 +164,7 @@ template <class E, class R>
 class TArrResize final : public TInstr<TArrResize<E, R>> {
  public:
   static void Describe(CDescriber& d) {
-    ArrayHead<E, R>(d, "Resize")
+    d.Head("Resize", R::kDescription)
         .Input(E::kArrayType, "arr")
         .Input(kTypeNumber, "new size", 0.0)
         .Output(E::kArrayType, "new array");
@@ -195,7 +190,7 @@ template <class E, class R>
 class TArrInsert final : public TInstr<TArrInsert<E, R>> {
  public:
   static void Describe(CDescriber& d) {
-    ArrayHead<E, R>(d, "Insert")
+    d.Head("Insert", R::kDescription)
         .Input(E::kArrayType, "arr")
         .Input(kTypeNumber, "idx", 0.0)
         .Input(E::kType, "val", E::ValDefault())
@@ -207,8 +202,8 @@ class TArrInsert final : public TInstr<TArrInsert<E, R>> {
     const auto& arr = a.Get<typename E::Vec>(0);
     const int idx = a.TruncInt(1);
     const int k = std::max(0, a.Count() - 2);
-    // No test against the size: the vector appends at a position past the end (and
-    // inserts at the front for the point Insert's negative idx).
+    // No test against the size: the vector appends at a position past the end
+    // (and inserts at the front for the point Insert's negative idx).
     if (E::kInsertTestsIndex && idx < 0) return kFail;
     if (k == 0) return PutArray(a, 0, typename E::Vec(arr));
     typename E::Vec r = CopyWithRoom(arr, k);
@@ -231,7 +226,7 @@ template <class E, class R>
 class TArrInsertRep final : public TInstr<TArrInsertRep<E, R>> {
  public:
   static void Describe(CDescriber& d) {
-    ArrayHead<E, R>(d, "InsertRep")
+    d.Head("InsertRep", R::kDescription)
         .Input(E::kArrayType, "arr")
         .Input(kTypeNumber, "idx", 0.0)
         .Input(kTypeNumber, "elem count", 0.0)
@@ -260,7 +255,7 @@ template <class E, class R>
 class TArrAppend final : public TInstr<TArrAppend<E, R>> {
  public:
   static void Describe(CDescriber& d) {
-    ArrayHead<E, R>(d, "Append")
+    d.Head("Append", R::kDescription)
         .Input(E::kArrayType, "arr")
         .Input(E::kType, "val", E::ValDefault())
         .Variadic()
@@ -291,7 +286,7 @@ template <class E, class R>
 class TArrAppendRep final : public TInstr<TArrAppendRep<E, R>> {
  public:
   static void Describe(CDescriber& d) {
-    ArrayHead<E, R>(d, "AppendRep")
+    d.Head("AppendRep", R::kDescription)
         .Input(E::kArrayType, "arr")
         .Input(kTypeNumber, "elem count", 0.0)
         .Input(E::kType, "val", E::ValDefault())
@@ -317,7 +312,7 @@ template <class E, class R>
 class TArrCreate final : public TInstr<TArrCreate<E, R>> {
  public:
   static void Describe(CDescriber& d) {
-    ArrayHead<E, R>(d, "Create")
+    d.Head("Create", R::kDescription)
         .Input(kTypeNumber, "elem count", 0.0)
         .Output(E::kArrayType, "new array");
   }
@@ -351,7 +346,7 @@ template <class E, class R>
 class TArrCreateInf final : public TInstr<TArrCreateInf<E, R>> {
  public:
   static void Describe(CDescriber& d) {
-    ArrayHead<E, R>(d, "CreateInf")
+    d.Head("CreateInf", R::kDescription)
         .Input(E::kType, "val", E::ValDefault())
         .Variadic()
         .Output(E::kArrayType, "new array");
@@ -374,7 +369,7 @@ template <class E, class R>
 class TArrCreateRep final : public TInstr<TArrCreateRep<E, R>> {
  public:
   static void Describe(CDescriber& d) {
-    ArrayHead<E, R>(d, "CreateRep")
+    d.Head("CreateRep", R::kDescription)
         .Input(kTypeNumber, "elem count", 0.0)
         .Input(E::kType, "val", E::ValDefault())
         .Output(E::kArrayType, "new array");
@@ -396,7 +391,7 @@ template <class E, class R>
 class TArrConcatArr final : public TInstr<TArrConcatArr<E, R>> {
  public:
   static void Describe(CDescriber& d) {
-    ArrayHead<E, R>(d, "Concatenate ")
+    d.Head("Concatenate ", R::kDescription)
         .Input(E::kArrayType, "first arr")
         .Input(E::kArrayType, "second arr")
         .Output(E::kArrayType, "new array");
@@ -427,7 +422,7 @@ template <class E, class R>
 class TArrDiff final : public TInstr<TArrDiff<E, R>> {
  public:
   static void Describe(CDescriber& d) {
-    ArrayHead<E, R>(d, "Difference ")
+    d.Head("Difference ", R::kDescription)
         .Input(E::kArrayType, "first")
         .Input(E::kArrayType, "second")
         .Output(E::kArrayType, "diff");
@@ -470,7 +465,7 @@ template <class E, class R>
 class TArrGetRange final : public TInstr<TArrGetRange<E, R>> {
  public:
   static void Describe(CDescriber& d) {
-    ArrayHead<E, R>(d, "GetRange ")
+    d.Head("GetRange ", R::kDescription)
         .Input(E::kArrayType, E::kGetRangeArrayName)
         .Input(kTypeNumber, "index", 0.0, "starting index")
         .Input(kTypeNumber, "count", 0.0, "element count")

@@ -302,9 +302,7 @@ size_t Correlate(const std::vector<double>& search, const std::vector<double>& t
 class CNArrMathCorrelateCircular final : public TInstr<CNArrMathCorrelateCircular> {
  public:
   static void Describe(CDescriber& d) {
-    d.Name("CorrelateCircular").Category(kNumberArrays)
-        .Ident("_Zet_Array_CNArrMathCorrelateCircular_", 460282)
-        .Description(
+    d.Head("CorrelateCircular", 
             "Output array of normalized correlations between circular template and search arrays")
         .Input(kTypeNumberArray, "array_1", {}, "First input array of numbers")
         .Input(kTypeNumberArray, "array_2", {}, "Second input array of numbers")

@@ -15,8 +15,7 @@ namespace {
 class CNArrCopyArray final : public TInstr<CNArrCopyArray> {
  public:
   static void Describe(CDescriber& d) {
-    d.Name("CopyArray").Category(kNumberArrays).Ident("_CNArrCopyArray_", 460276)
-        .Description("Copy all or part of an input array to the output array")
+    d.Head("CopyArray", "Copy all or part of an input array to the output array")
         .Input(kTypeNumberArray, "array", {}, "Input array")
         .Input(kTypeNumber, "index", 0.0, "Copy input starting at this array index")
         .Input(kTypeNumber, "number", 0.0, "Number of input array values to copy. -1 to copy all")
@@ -40,8 +39,7 @@ class CNArrCopyArray final : public TInstr<CNArrCopyArray> {
 class CNArrInsertArray final : public TInstr<CNArrInsertArray> {
  public:
   static void Describe(CDescriber& d) {
-    d.Name("InsertArray").Category(kNumberArrays).Ident("_CNArrInsertArray_", 460279)
-        .Description("Insert one array into another and output the resulting array")
+    d.Head("InsertArray", "Insert one array into another and output the resulting array")
         .Input(kTypeNumberArray, "insert array", {}, "Array to insert")
         .Input(kTypeNumberArray, "into array", {}, "Input array to insert into")
         .Input(kTypeNumber, "at index", 0.0, "Start inserting values at this 'into array' index")
@@ -67,8 +65,7 @@ class CNArrInsertArray final : public TInstr<CNArrInsertArray> {
 class CNArrSetRange final : public TInstr<CNArrSetRange> {
  public:
   static void Describe(CDescriber& d) {
-    d.Name("SetRange").Category(kNumberArrays).Ident("_Zet_Array_CNArrSetRange_", 460258)
-        .Description("Set range of elements in array to a constant value")
+    d.Head("SetRange", "Set range of elements in array to a constant value")
         .Input(kTypeNumberArray, "array")
         .Input(kTypeNumber, "index", 0.0, "Starting index of elements to change")
         .Input(kTypeNumber, "number", 1.0, "Number of array elements to change (range)")
@@ -103,8 +100,7 @@ class CNArrSetRange final : public TInstr<CNArrSetRange> {
 class CNArrReverse final : public TInstr<CNArrReverse> {
  public:
   static void Describe(CDescriber& d) {
-    d.Name("Reverse").Category(kNumberArrays).Ident("_Zet_Array_CNArrReverse_", 460259)
-        .Description("Reverse values in array")
+    d.Head("Reverse", "Reverse values in array")
         .Input(kTypeNumberArray, "input array", {}, "Input array")
         .Output(kTypeNumberArray, "reversed array");
   }
@@ -119,8 +115,7 @@ class CNArrReverse final : public TInstr<CNArrReverse> {
 class CNArrSort final : public TInstr<CNArrSort> {
  public:
   static void Describe(CDescriber& d) {
-    d.Name("Sort").Category(kNumberArrays).Ident("_Zet_Array_CNArrSort_", 460204)
-        .Description("Sorts the number array ascending(default) or descending.")
+    d.Head("Sort", "Sorts the number array ascending(default) or descending.")
         .Input(kTypeNumberArray, "arr", {}, "input array")
         .Input(kTypeBool, "descending", false, "Sorts descending when true")
         .Output(kTypeNumberArray, "new array");
@@ -145,14 +140,10 @@ class CNArrSort final : public TInstr<CNArrSort> {
 class CNArrMathIndexArray final : public TInstr<CNArrMathIndexArray> {
  public:
   static void Describe(CDescriber& d) {
-    d.Name("IndexArray").Category(kNumberArrays)
-        .Ident("_Zet_Array_CNArrMathIndexArray_", 460287)
-        .Description("Index an input array using an index method")
-        .ParamChoice("Parameters", "index method", "Method to use for indexing input array", 1, 0,
-                     2,
-                     {{0, "none"}, {1, "descending - largest first"},
-                      {2, "ascending - smallest first"}},
-                     10)
+    d.Head("IndexArray", "Index an input array using an index method")
+        .ParamChoice(
+            "Parameters", "index method", "Method to use for indexing input array", 1, 0, 2,
+            {{0, "none"}, {1, "descending - largest first"}, {2, "ascending - smallest first"}}, 10)
         .Input(kTypeNumberArray, "input array", {}, "Input array of numbers to be indexed")
         .Output(kTypeNumberArray, "index array");
   }

@@ -20,8 +20,7 @@ void MapArray(const CArgs& a, F f) {
 class CNArrMathThreshold final : public TInstr<CNArrMathThreshold> {
  public:
   static void Describe(CDescriber& d) {
-    d.Name("Threshold").Category(kNumberArrays).Ident("_Zet_Array_CNArrMathThreshold_", 460261)
-        .Description("Set array values at or above 'threshold' to 'above', otherwise to 'below'")
+    d.Head("Threshold", "Set array values at or above 'threshold' to 'above', otherwise to 'below'")
         .Input(kTypeNumberArray, "array")
         .Input(kTypeNumber, "threshold", 0.0, "Threshold value")
         .Input(kTypeNumber, "above", 1.0, "Set numbers at or above the threshold to this value")
@@ -40,11 +39,9 @@ class CNArrMathThreshold final : public TInstr<CNArrMathThreshold> {
 class CNArrMathThresholdBand final : public TInstr<CNArrMathThresholdBand> {
  public:
   static void Describe(CDescriber& d) {
-    d.Name("ThresholdBand").Category(kNumberArrays)
-        .Ident("_Zet_Array_CNArrMathThresholdBand_", 460262)
-        .Description(
-            "Set array values at or above 'high threshold' to 'above', values below 'low "
-            "threshold' to 'below', otherwise to 'between'")
+    d.Head("ThresholdBand",
+           "Set array values at or above 'high threshold' to 'above', values below 'low "
+           "threshold' to 'below', otherwise to 'between'")
         .Input(kTypeNumberArray, "array")
         .Input(kTypeNumber, "high threshold", 1.0, "High (larger) threshold value")
         .Input(kTypeNumber, "low threshold", 0.0, "Low (smaller) threshold value")
@@ -70,8 +67,7 @@ class CNArrMathThresholdBand final : public TInstr<CNArrMathThresholdBand> {
 class CNArrMathClipLow final : public TInstr<CNArrMathClipLow> {
  public:
   static void Describe(CDescriber& d) {
-    d.Name("ClipLow").Category(kNumberArrays).Ident("_Zet_Array_CNArrMathClipLow_", 460263)
-        .Description("Set array values below 'threshold' to 'below' value")
+    d.Head("ClipLow", "Set array values below 'threshold' to 'below' value")
         .Input(kTypeNumberArray, "array")
         .Input(kTypeNumber, "threshold", 0.0)
         .Input(kTypeNumber, "below", 0.0)
@@ -88,8 +84,7 @@ class CNArrMathClipLow final : public TInstr<CNArrMathClipLow> {
 class CNArrMathClipHigh final : public TInstr<CNArrMathClipHigh> {
  public:
   static void Describe(CDescriber& d) {
-    d.Name("ClipHigh").Category(kNumberArrays).Ident("_Zet_Array_CNArrMathClipHigh_", 460264)
-        .Description("Set array values at or above 'threshold' to 'above' value")
+    d.Head("ClipHigh", "Set array values at or above 'threshold' to 'above' value")
         .Input(kTypeNumberArray, "array")
         .Input(kTypeNumber, "threshold", 0.0)
         .Input(kTypeNumber, "above", 0.0)
@@ -128,17 +123,14 @@ SExtrema ScanExtrema(const std::vector<double>& v) {
   return e;
 }
 
-CDescriber& ExtremaHead(CDescriber& d, const char* name, const char* ident, int id,
-                        const char* description) {
-  return d.Name(name).Category(kNumberArrays).Ident(ident, id).Description(description)
-      .Input(kTypeNumberArray, "array", {}, "Input array");
+CDescriber& ExtremaHead(CDescriber& d, const char* name, const char* description) {
+  return d.Head(name, description).Input(kTypeNumberArray, "array", {}, "Input array");
 }
 
 class CNArrMathMaximum final : public TInstr<CNArrMathMaximum> {
  public:
   static void Describe(CDescriber& d) {
-    ExtremaHead(d, "Maximum", "_Zet_Array_CNArrMathMaximum_", 460255,
-                "Return input array's maximum value and element index")
+    ExtremaHead(d, "Maximum", "Return input array's maximum value and element index")
         .Output(kTypeNumber, "maximum value")
         .Output(kTypeNumber, "maximum index");
   }
@@ -154,8 +146,7 @@ class CNArrMathMaximum final : public TInstr<CNArrMathMaximum> {
 class CNArrMathMinimum final : public TInstr<CNArrMathMinimum> {
  public:
   static void Describe(CDescriber& d) {
-    ExtremaHead(d, "Minimum", "_Zet_Array_CNArrMathMinimum_", 460256,
-                "Return input array's minimum value and element index")
+    ExtremaHead(d, "Minimum", "Return input array's minimum value and element index")
         .Output(kTypeNumber, "minimum value")
         .Output(kTypeNumber, "minimum index");
   }
@@ -171,8 +162,7 @@ class CNArrMathMinimum final : public TInstr<CNArrMathMinimum> {
 class CNArrMathExtrema final : public TInstr<CNArrMathExtrema> {
  public:
   static void Describe(CDescriber& d) {
-    ExtremaHead(d, "Extrema", "_Zet_Array_CNArrMathExtrema_", 460257,
-                "Return input array's maximum and minimum values and element indexes")
+    ExtremaHead(d, "Extrema", "Return input array's maximum and minimum values and element indexes")
         .Output(kTypeNumber, "maximum value")
         .Output(kTypeNumber, "maximum index")
         .Output(kTypeNumber, "minimum value")
@@ -195,11 +185,8 @@ class CNArrMathExtrema final : public TInstr<CNArrMathExtrema> {
 class CNArrMeanAndVar final : public TInstr<CNArrMeanAndVar> {
  public:
   static void Describe(CDescriber& d) {
-    d.Name("MeanAndVariance")
-        .Category(kNumberArrays)
-        .Ident("_Zet_Array_CNMeanAndVar_", 460260)
-        .Description(
-            "Return mean, variance, standard deviation, and number (count) of array values")
+    d.Head("MeanAndVariance",
+           "Return mean, variance, standard deviation, and number (count) of array values")
         .Input(kTypeNumberArray, "array", {}, "Input array")
         .Output(kTypeNumber, "mean")
         .Output(kTypeNumber, "variance")

@@ -17,8 +17,7 @@ namespace {
 class CPArrExtrema final : public TInstr<CPArrExtrema> {
  public:
   static void Describe(CDescriber& d) {
-    d.Name("Extrema").Category(kPointArrays).Ident("_Zet_Array_CPArrExtrema_", 460061)
-        .Description("Finds min/max in x/y")
+    d.Head("Extrema", "Finds min/max in x/y")
         .Input(kTypePointArray, "arr")
         .Output(kTypeNumber, "left")
         .Output(kTypeNumber, "right")
@@ -47,11 +46,13 @@ class CPArrExtrema final : public TInstr<CPArrExtrema> {
 class CPArrSort final : public TInstr<CPArrSort> {
  public:
   static void Describe(CDescriber& d) {
-    d.Name("Sort ").Category(kPointArrays).Ident("_Zet_Array_CPArrSort_", 460242)
-        .Description("Sorts an array of points according to the user criteria")
+    d.Head("Sort ", "Sorts an array of points according to the user criteria")
         .ParamChoice("Parameters", "sorting criteria", nullptr, 0, 0, 5,
-                     {{0, "increasing x"}, {1, "decreasing x"}, {2, "increasing y"},
-                      {3, "decreasing y"}, {4, "increasing dist x*x+y*y"},
+                     {{0, "increasing x"},
+                      {1, "decreasing x"},
+                      {2, "increasing y"},
+                      {3, "decreasing y"},
+                      {4, "increasing dist x*x+y*y"},
                       {5, "decreasing dist x*x+y*y"}})
         .Input(kTypePointArray, "arr")
         .Output(kTypePointArray, "sorted");
@@ -88,11 +89,10 @@ constexpr const char* kOutliersSource = "Remove Isolated Outliers";
 class CPArrCluster1D final : public TInstr<CPArrCluster1D> {
  public:
   static void Describe(CDescriber& d) {
-    d.Name(kOutliersSource).Category(kPointArrays).Ident("_Zet_Array_CPArrCluster1D_", 460228)
-        .Description(
-            "Outputs one cluster containing the most \"similar\" points as another array.\n"
-            "Consecutive points are expected to be equidistant within  the value of the "
-            "tolerance parameter. Otherwise the points are dismissed.")
+    d.Head(kOutliersSource,
+           "Outputs one cluster containing the most \"similar\" points as another array.\n"
+           "Consecutive points are expected to be equidistant within "
+           " the value of the tolerance parameter. Otherwise the points are dismissed.")
         .Input(kTypePointArray, "points")
         .Input(kTypeNumber, "tolerance", 1.0,
                "Max distance between the ideal point and the worst acceptable point")

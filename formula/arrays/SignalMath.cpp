@@ -30,8 +30,7 @@ void ZipArrays(const CArgs& a, F f) {
 class CNArrMathAbsolute final : public TInstr<CNArrMathAbsolute> {
  public:
   static void Describe(CDescriber& d) {
-    d.Name("AbsoluteValue").Category(kNumberArrays).Ident("_Zet_Array_CNArrMathAbsolute_", 460247)
-        .Description("Output array = |array|")
+    d.Head("AbsoluteValue", "Output array = |array|")
         .Input(kTypeNumberArray, "array", {}, "Input array")
         .Output(kTypeNumberArray, "|array|");
   }
@@ -47,8 +46,7 @@ class CNArrMathAbsolute final : public TInstr<CNArrMathAbsolute> {
 class CNArrMathSubtract final : public TInstr<CNArrMathSubtract> {
  public:
   static void Describe(CDescriber& d) {
-    d.Name("Subtract").Category(kNumberArrays).Ident("_Zet_Array_CNArrMathSubtract_", 460249)
-        .Description("Output array = array_1 - array_2")
+    d.Head("Subtract", "Output array = array_1 - array_2")
         .Input(kTypeNumberArray, "array_1", {}, "Input array to subtract from")
         .Input(kTypeNumberArray, "array_2", {}, "Input array to subtract")
         .Output(kTypeNumberArray, "array_1 - array_2");
@@ -62,8 +60,7 @@ class CNArrMathSubtract final : public TInstr<CNArrMathSubtract> {
 class CNArrMathAdd final : public TInstr<CNArrMathAdd> {
  public:
   static void Describe(CDescriber& d) {
-    d.Name("Add").Category(kNumberArrays).Ident("_Zet_Array_CNArrMathAdd_", 460250)
-        .Description("New output array = array_1 + array_2")
+    d.Head("Add", "New output array = array_1 + array_2")
         .Input(kTypeNumberArray, "array_1", {}, "first input array")
         .Input(kTypeNumberArray, "array_2", {}, "second input array")
         .Output(kTypeNumberArray, "new array");
@@ -77,8 +74,7 @@ class CNArrMathAdd final : public TInstr<CNArrMathAdd> {
 class CNArrMathMultiply final : public TInstr<CNArrMathMultiply> {
  public:
   static void Describe(CDescriber& d) {
-    d.Name("Multiply").Category(kNumberArrays).Ident("_Zet_Array_CNArrMathMultiply_", 460251)
-        .Description("Output array = array_1 * array_2")
+    d.Head("Multiply", "Output array = array_1 * array_2")
         .Input(kTypeNumberArray, "array_1", {}, "first input array")
         .Input(kTypeNumberArray, "array_2", {}, "second input array")
         .Output(kTypeNumberArray, "array_1 * array_2");
@@ -95,8 +91,7 @@ class CNArrMathMultiply final : public TInstr<CNArrMathMultiply> {
 class CNArrMathConstMulAdd final : public TInstr<CNArrMathConstMulAdd> {
  public:
   static void Describe(CDescriber& d) {
-    d.Name("ConstMulAdd").Category(kNumberArrays).Ident("_Zet_Array_CNArrMathConstMulAdd_", 460254)
-        .Description("Output array = input_array*mulConst + addConst")
+    d.Head("ConstMulAdd", "Output array = input_array*mulConst + addConst")
         .Input(kTypeNumberArray, "input array")
         .Input(kTypeNumber, "mulConst", 1.0, "multiplication constant")
         .Input(kTypeNumber, "addConst", 0.0, "add constant")
@@ -137,8 +132,7 @@ class CNArrMathConstMulAdd final : public TInstr<CNArrMathConstMulAdd> {
 class CNArrMathSmooth final : public TInstr<CNArrMathSmooth> {
  public:
   static void Describe(CDescriber& d) {
-    d.Name("Smooth").Category(kNumberArrays).Ident("_Zet_Array_CNArrMathSmooth_", 460252)
-        .Description("Smoothed input array values with an 1,2,1 approximation to a Gaussian")
+    d.Head("Smooth", "Smoothed input array values with an 1,2,1 approximation to a Gaussian")
         .Input(kTypeNumberArray, "array", {}, "Input array")
         .Input(kTypeNumber, "passes", 1.0, "Number of smoothing passes")
         .Input(kTypeBool, "circular", false, "If true, 'array' is circular")
@@ -200,8 +194,7 @@ class CNArrMathSmooth final : public TInstr<CNArrMathSmooth> {
 class CNArrMathCorrelate final : public TInstr<CNArrMathCorrelate> {
  public:
   static void Describe(CDescriber& d) {
-    d.Name("Correlate").Category(kNumberArrays).Ident("_Zet_Array_CNArrMathCorrelate_", 460275)
-        .Description("Output = normalized_correlation(array_1, array_2)")
+    d.Head("Correlate", "Output = normalized_correlation(array_1, array_2)")
         .Input(kTypeNumberArray, "array_1", {}, "First input array")
         .Input(kTypeNumberArray, "array_2", {}, "Second input array")
         .Input(kTypeNumber, "shift", 0.0, "Amount to shift array_1 relative to array_2")

@@ -38,7 +38,7 @@ class CFormulaLib final : public CImpInstrPluginLib {
   CFormulaLib() {
     zet::PinParallelRuntime();
     const zet::SRegistryRow* rows = zet::RegistryRows();
-    for (size_t i = 0; i < zet::RegistrySize(); ++i) m_plugins.push_back(rows[i].create());
+    for (size_t i = 0; i < zet::RegistrySize(); ++i) m_plugins.push_back(rows[i].create(rows[i]));
   }
   const SInstrLibInfo* GetLibInfo() override { return &kLibInfo; }
 };

@@ -97,30 +97,16 @@ CDescriber& CDescriber::ParamChoice(const char* group, const char* name, const c
   return *this;
 }
 
-namespace {
-
-ZET_OBJ_TYPE ArrayKind(int type) {
-  switch (type) {
-    case kTypeBoolArray: return ZET_OBJ_BOOL_ARRAY;
-    case kTypeNumberArray: return ZET_OBJ_NUMBER_ARRAY;
-    case kTypeStringArray: return ZET_OBJ_STRING_ARRAY;
-    case kTypePointArray: return ZET_OBJ_POINT_ARRAY;
-    case kTypeLineArray: return ZET_OBJ_LINE_ARRAY;
-    default: return ZET_OBJ_UNTYPED;
-  }
-}
-
-}  // namespace
-
 CDescriber& CDescriber::Input(int type, const char* name, const CDefault& def, const char* desc) {
   SInstrInput& in = m_info.inputs.emplace_back();
   in.type = type;
   in.name = name;
   in.description = desc;
+  const SZetTypeInfo* t = ZetTypeInfo(type);
   if (!def.Value().IsEmpty())
     in.defaultValue = def.Value();
-  else if (ArrayKind(type) != ZET_OBJ_UNTYPED)
-    in.defaultValue.SetType(ArrayKind(type));
+  else if (t && t->element)
+    in.defaultValue.SetType(t->kind);  // an empty array
   in.ordinal = static_cast<int>(m_info.inputs.size()) - 1;
   return *this;
 }

@@ -1,23 +1,28 @@
-// The instruction idiom: a CRTP base that owns each class's static descriptor, the
-// builder that fills it, and the thin argument view Execute works through.
+// The instruction idiom: a CRTP base that owns each class's static descriptor,
+// the builder that fills it, and the thin argument view Execute works through.
 //
 //   namespace {
 //   class CDivide final : public TInstr<CDivide> {
 //    public:
-//     static void Describe(CDescriber& d) { d.Name("Divide")...; }
-//     int Execute(IXInstrContext* ctx) override { CArgs a(ctx); ... }
+//     static void Describe(CDescriber& d) {
+//     d.Name("Divide").Description(...)...; } int Execute(IXInstrContext* ctx)
+//     override { CArgs a(ctx); ... }
 //   };
 //   }  // namespace
 //   ZET_FACTORY(CDivide)
 //
-// ZET_FACTORY defines the function the registry (Registry.def) calls to create the
-// class's object; the classes themselves stay private to their family's file.
+// The class's row in Registry.def holds its identifier, id, category and
+// effects; Init puts the first three in the descriptor before Describe adds the
+// rest, so a class never repeats them. ZET_FACTORY defines the function the
+// registry calls to create the class's object and hand it its row; the classes
+// themselves stay private to their family's file.
 #pragma once
 
 #include <initializer_list>
 #include <string>
 #include <utility>
 
+#include "frame/Registry.h"
 #include "zet/InstrPlugin.h"
 
 namespace zet {
@@ -49,6 +54,11 @@ class CDescriber {
   explicit CDescriber(SInstrInfo& info);
   ~CDescriber();  // Finish
 
+  // The head every Describe starts with; category, identifier and id come from the
+  // class's registry row.
+  CDescriber& Head(const char* name, const char* description) {
+    return Name(name).Description(description);
+  }
   CDescriber& Name(const char* name);
   CDescriber& Category(const char* category);
   CDescriber& Ident(const char* ident, int id);
@@ -91,6 +101,7 @@ class TInstr : public IXInstrPlugin {
  public:
   void Init() override {
     CDescriber d(s_info);
+    if (s_row) d.Category(s_row->category).Ident(s_row->ident, s_row->id);
     Derived::Describe(d);
   }
   void Term() override { TermInfo(s_info); }
@@ -98,9 +109,13 @@ class TInstr : public IXInstrPlugin {
   IXInstrPlugin* Create() override { return new Derived; }
 
   static SInstrInfo& Info() { return s_info; }
+  // The class's registry row (set by its factory before the first object
+  // exists).
+  static void Bind(const SRegistryRow& row) { s_row = &row; }
 
  private:
   static inline SInstrInfo s_info;
+  static inline const SRegistryRow* s_row = nullptr;
 };
 
 // The empty value of a kind: what an input of another kind reads as.
@@ -168,5 +183,8 @@ class CArgs {
 
 }  // namespace zet
 
-#define ZET_FACTORY(Class) \
-  IXInstrPlugin* ZetNew_##Class() { return new Class; }
+#define ZET_FACTORY(Class)                                      \
+  IXInstrPlugin* ZetNew_##Class(const zet::SRegistryRow& row) { \
+    Class::Bind(row);                                           \
+    return new Class;                                           \
+  }

@@ -10,7 +10,6 @@
 namespace zet {
 namespace {
 
-using geometry::Geometric;
 
 // The inputs before the points, and after (the variadic form); the outputs.
 CDescriber& CircleFitInputs(CDescriber& d, bool variadic) {
@@ -106,8 +105,7 @@ int FitCircle(const CArgs& a, const SCircleFitRequest& r) {
 class CPt2BestCircle final : public TInstr<CPt2BestCircle> {
  public:
   static void Describe(CDescriber& d) {
-    CircleFitInputs(Geometric(d, "PtsToBestCircle", "_Zet_Geometric_Pt2BestCircle_", 460084,
-                              "Fits a circle through a set of points"),
+    CircleFitInputs(d.Head("PtsToBestCircle", "Fits a circle through a set of points"),
                     false);
   }
   int Execute(IXInstrContext* ctx) override {
@@ -122,9 +120,7 @@ class CPt2BestCircle final : public TInstr<CPt2BestCircle> {
 class CPt2BestCircleInf final : public TInstr<CPt2BestCircleInf> {
  public:
   static void Describe(CDescriber& d) {
-    CircleFitInputs(Geometric(d, "PtsToBestCircleInf", "_Zet_Geometric_CPt2BestCircleInf_",
-                              460104,
-                              "Fits a circle through a set of points taken as individual point "
+    CircleFitInputs(d.Head("PtsToBestCircleInf", "Fits a circle through a set of points taken as individual point "
                               "inputs."),
                     true);
   }

@@ -14,14 +14,12 @@
 namespace zet {
 namespace {
 
-using geometry::Geometric;
-
 class CAngleBis final : public TInstr<CAngleBis> {
  public:
   static void Describe(CDescriber& d) {
-    Geometric(d, "AngleBisect", "_Zet_Geometric_AngleBis_", 460091,
-              "Calculates the bisector of the angle between the lines intersecting in the 2nd "
-              "point")
+    d.Head("AngleBisect",
+           "Calculates the bisector of the angle between the lines intersecting in the 2nd "
+           "point")
         .Input(kTypePoint, "pt1", CZetPoint())
         .Input(kTypePoint, "pt2", CZetPoint())
         .Input(kTypePoint, "pt3", CZetPoint())
@@ -39,8 +37,7 @@ class CAngleBis final : public TInstr<CAngleBis> {
 class CLnBis final : public TInstr<CLnBis> {
  public:
   static void Describe(CDescriber& d) {
-    Geometric(d, "LnsBisect", "_Zet_Geometric_LnBis_", 460092,
-              "Calculates the bisector of the angle made by two lines")
+    d.Head("LnsBisect", "Calculates the bisector of the angle made by two lines")
         .Input(kTypeLine, "ln1", CZetLine())
         .Input(kTypeLine, "ln2", CZetLine())
         .Output(kTypeLine, "bisector");
@@ -58,10 +55,10 @@ class CLnBis final : public TInstr<CLnBis> {
 class CLn2LnDist final : public TInstr<CLn2LnDist> {
  public:
   static void Describe(CDescriber& d) {
-    Geometric(d, "LnToLnDist", "_Zet_Geometric_Ln2LnDist_", 460093,
-              "Calculates the distance between two lines along a third line. This is the length "
-              "of the segment defined by the intersection of line 1 and line3 at one end, and of "
-              "line 2 and line 3 at the other.")
+    d.Head("LnToLnDist",
+           "Calculates the distance between two lines along a third line. This is the length "
+           "of the segment defined by the intersection of line 1 and line3 "
+           "at one end, and of line 2 and line 3 at the other.")
         .Input(kTypeLine, "ln1", CZetLine())
         .Input(kTypeLine, "ln2", CZetLine())
         .Input(kTypeLine, "ln3", CZetLine())
@@ -101,8 +98,8 @@ constexpr void (*kPerpendicular)(double, const CZetPoint&, CZetLine*) =
 class CLnPerp final : public TLineThroughPoint<CLnPerp, kPerpendicular> {
  public:
   static void Describe(CDescriber& d) {
-    LineAndPoint(Geometric(d, "LnPerpendicular", "_Zet_Geometric_LnPerp_", 460094,
-                           "Calculates the perpendicular line to a given line trough a point"),
+    LineAndPoint(d.Head("LnPerpendicular",
+                        "Calculates the perpendicular line to a given line trough a point"),
                  "perpendicular");
   }
 };
@@ -110,9 +107,9 @@ class CLnPerp final : public TLineThroughPoint<CLnPerp, kPerpendicular> {
 class CLnPara final : public TLineThroughPoint<CLnPara, &CZetGeometry::LineParallel> {
  public:
   static void Describe(CDescriber& d) {
-    LineAndPoint(Geometric(d, "LnParallel", "_Zet_Geometric_LnPara_", 460236,
-                           "Calculates the parallel line to a given line trough a point"),
-                 "parallel");
+    LineAndPoint(
+        d.Head("LnParallel", "Calculates the parallel line to a given line trough a point"),
+        "parallel");
   }
 };
 
@@ -120,8 +117,7 @@ class CLnPara final : public TLineThroughPoint<CLnPara, &CZetGeometry::LineParal
 class CLnInters final : public TInstr<CLnInters> {
  public:
   static void Describe(CDescriber& d) {
-    Geometric(d, "LnsIntersection", "_Zet_Geometric_LnInters_", 460095,
-              "Calculates the point of intersection between two lines")
+    d.Head("LnsIntersection", "Calculates the point of intersection between two lines")
         .Input(kTypeLine, "line1", CZetLine())
         .Input(kTypeLine, "line2", CZetLine())
         .Output(kTypePoint, "inters point");
@@ -138,8 +134,7 @@ class CLnInters final : public TInstr<CLnInters> {
 class CCircleLineIntersect final : public TInstr<CCircleLineIntersect> {
  public:
   static void Describe(CDescriber& d) {
-    Geometric(d, "CircleLineIntersect", "_Zet_Geometric_CircleLineIntersect_", 460246,
-              "Calculates circle line intersection")
+    d.Head("CircleLineIntersect", "Calculates circle line intersection")
         .Input(kTypePoint, "center", CZetPoint())
         .Input(kTypeNumber, "radius", 0.0)
         .Input(kTypeLine, "ln", CZetLine())
@@ -163,8 +158,7 @@ class CCircleLineIntersect final : public TInstr<CCircleLineIntersect> {
 class CCircInTriangle final : public TInstr<CCircInTriangle> {
  public:
   static void Describe(CDescriber& d) {
-    Geometric(d, "CircleInTriangle", "_Zet_Geometric_CircInTriangle_", 460098,
-              "Finds the circle inscribed in a triangle")
+    d.Head("CircleInTriangle", "Finds the circle inscribed in a triangle")
         .Input(kTypePoint, "point1", CZetPoint())
         .Input(kTypePoint, "point2", CZetPoint())
         .Input(kTypePoint, "point3", CZetPoint())
@@ -189,8 +183,7 @@ class CCircInTriangle final : public TInstr<CCircInTriangle> {
 class CCircBndBox final : public TInstr<CCircBndBox> {
  public:
   static void Describe(CDescriber& d) {
-    Geometric(d, "CircleBoundingBox", "_Zet_Geometric_CircBndBox_", 460099,
-              "Calculates the bounding box for the circle")
+    d.Head("CircleBoundingBox", "Calculates the bounding box for the circle")
         .Input(kTypeNumber, "diam", 0.0)
         .Input(kTypePoint, "center", CZetPoint())
         .Output(kTypePoint, "top left")
@@ -213,8 +206,7 @@ class CCircBndBox final : public TInstr<CCircBndBox> {
 class CMakeAnchor final : public TInstr<CMakeAnchor> {
  public:
   static void Describe(CDescriber& d) {
-    Geometric(d, "MakeAnchor", "_Zet_Geometric_CMakeAnchor_", 460107,
-              "Creates an anchor for the landmarking.")
+    d.Head("MakeAnchor", "Creates an anchor for the landmarking.")
         .Input(kTypePoint, "point", CZetPoint())
         .Input(kTypeNumber, "angle", 0.0)
         .Input(kTypeNumber, "distance", 0.0)
@@ -238,8 +230,7 @@ class CMakeAnchor final : public TInstr<CMakeAnchor> {
 class CPtsToGrid final : public TInstr<CPtsToGrid> {
  public:
   static void Describe(CDescriber& d) {
-    Geometric(d, "PtsToGrid", "_Zet_Geometric_PtsToGrid_", 460281,
-              "Generate a grid of points inside boudaries")
+    d.Head("PtsToGrid", "Generate a grid of points inside boudaries")
         .Input(kTypePointArray, "boundaries", {}, "4 corners of the grid boudaries")
         .Input(kTypeNumber, "grid size X", 0.0, "Grid size on the X axis")
         .Input(kTypeNumber, "grid size Y", 0.0, "Grid size on the Y axis")

@@ -11,11 +11,6 @@
 
 namespace zet::geometry {
 
-inline CDescriber& Geometric(CDescriber& d, const char* name, const char* ident, int id,
-                             const char* description) {
-  return d.Name(name).Category("Geometric").Ident(ident, id).Description(description);
-}
-
 // The overlay service (4100); null when the host has none.
 inline IXInstrAnnotations* Annotations(const CArgs& a) {
   return static_cast<IXInstrAnnotations*>(a.Context()->GetService(kServiceAnnotations));

@@ -13,7 +13,6 @@
 namespace zet {
 namespace {
 
-using geometry::Geometric;
 
 // The outputs of the line fits and the rake: count, line, outliers, used.
 CDescriber& LineFitOutputs(CDescriber& d) {
@@ -61,8 +60,7 @@ int FitLine(const CArgs& a, const SLineFitRequest& r) {
 class CPt2BestLn final : public TInstr<CPt2BestLn> {
  public:
   static void Describe(CDescriber& d) {
-    Geometric(d, "PtsToBestLine", "_Zet_Geometric_Pt2BestLn_", 460086,
-              "Fits a line through a set of points")
+    d.Head("PtsToBestLine", "Fits a line through a set of points")
         .Input(kTypeNumber, "percent outliers", 0.0)
         .Input(kTypePointArray, "pts")
         .Input(kTypeBool, "preprocess", false, geometry::kPreprocessDescription)
@@ -81,8 +79,7 @@ class CPt2BestLn final : public TInstr<CPt2BestLn> {
 class CPt2BestLnInf final : public TInstr<CPt2BestLnInf> {
  public:
   static void Describe(CDescriber& d) {
-    Geometric(d, "PtsToBestLnInf", "_Zet_Geometric_CPt2BestLnInf_", 460105,
-              "Fits a line through a set of points specified as individual inputs")
+    d.Head("PtsToBestLnInf", "Fits a line through a set of points specified as individual inputs")
         .Input(kTypeNumber, "percent outliers", 0.0)
         .Input(kTypeBool, "preprocess", false, geometry::kPreprocessDescription)
         .Input(kTypeNumber, "tolerance", 1.0, geometry::kToleranceDescription)
@@ -102,8 +99,7 @@ class CPt2BestLnInf final : public TInstr<CPt2BestLnInf> {
 class CPt2BestLnMaxOut final : public TInstr<CPt2BestLnMaxOut> {
  public:
   static void Describe(CDescriber& d) {
-    Geometric(d, "PtsToBestLnMaxOut", "_Zet_Geometric_Pt2BestLnMaxOut_", 460087,
-              "Fits a line through a set of points; calculates furthest points above and below "
+    d.Head("PtsToBestLnMaxOut", "Fits a line through a set of points; calculates furthest points above and below "
               "the line and distances to them")
         .Input(kTypePointArray, "pts")
         .Input(kTypeNumber, "percent outliers", 0.0)
@@ -147,8 +143,7 @@ class CPt2BestLnMaxOut final : public TInstr<CPt2BestLnMaxOut> {
 class CRakePt2BestLn final : public TInstr<CRakePt2BestLn> {
  public:
   static void Describe(CDescriber& d) {
-    Geometric(d, "RakeLineFit", "_Zet_Geometric_RakePt2BestLn_", 460229,
-              "Fits a line through an ordered set of points belonging to a rake - with all "
+    d.Head("RakeLineFit", "Fits a line through an ordered set of points belonging to a rake - with all "
               "implications")
         .Input(kTypeNumber, "percent outliers", 0.0)
         .Input(kTypePointArray, "pts")
@@ -215,8 +210,7 @@ CDescriber& DistanceOutputs(CDescriber& d) {
 class CPts2LnDist final : public TInstr<CPts2LnDist> {
  public:
   static void Describe(CDescriber& d) {
-    Geometric(d, "PtsToLnDist", "_Zet_Geometric_Pts2LnDistance_", 460089,
-              "Calculates the distances between a point array and a line")
+    d.Head("PtsToLnDist", "Calculates the distances between a point array and a line")
         .Input(kTypePointArray, "pts")
         .Input(kTypeLine, "ln", CZetLine());
     DistanceOutputs(d);
@@ -231,8 +225,7 @@ class CPts2LnDist final : public TInstr<CPts2LnDist> {
 class CPts2LnDistInf final : public TInstr<CPts2LnDistInf> {
  public:
   static void Describe(CDescriber& d) {
-    Geometric(d, "PtsToLnDistInf", "_Zet_Geometric_CPts2LnDistInf_", 460106,
-              "Calculates the distances between a set of points and a line.The points are "
+    d.Head("PtsToLnDistInf", "Calculates the distances between a set of points and a line.The points are "
               "specified individually.")
         .Input(kTypeLine, "ln", CZetLine())
         .Input(kTypePoint, "point", CZetPoint())
@@ -252,8 +245,7 @@ class CPts2LnDistInf final : public TInstr<CPts2LnDistInf> {
 class CPt2BestAngle final : public TInstr<CPt2BestAngle> {
  public:
   static void Describe(CDescriber& d) {
-    Geometric(d, "PtsToBestAngle", "_Zet_Geometric_Pt2BestAngle_", 460085,
-              "Calculates the angle between the x-axis and the line defined by the 2 points")
+    d.Head("PtsToBestAngle", "Calculates the angle between the x-axis and the line defined by the 2 points")
         .Input(kTypePoint, "pt1", CZetPoint())
         .Input(kTypePoint, "pt2", CZetPoint())
         .Output(kTypeNumber, "angle");

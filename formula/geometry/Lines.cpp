@@ -11,12 +11,10 @@
 namespace zet {
 namespace {
 
-using geometry::Geometric;
-
 class CLineSet final : public TInstr<CLineSet> {
  public:
   static void Describe(CDescriber& d) {
-    Geometric(d, "LnSet", "_Zet_Geometric_LineSet_", 460081, "Sets a line to the specified value")
+    d.Head("LnSet", "Sets a line to the specified value")
         .Input(kTypeLine, "ln", CZetLine())
         .Output(kTypeLine, "output");
   }
@@ -28,10 +26,9 @@ class CLineSet final : public TInstr<CLineSet> {
 class CPt2LnDist final : public TInstr<CPt2LnDist> {
  public:
   static void Describe(CDescriber& d) {
-    Geometric(d, "PtToLnDist", "_Zet_Geometric_Pt2LnDistance_", 460088,
-              "Calculates the distance between a point and a line")
-        .ParamBool("Parameters", "display distance",
-                   "Draw the segment from the point to the line", false, 1)
+    d.Head("PtToLnDist", "Calculates the distance between a point and a line")
+        .ParamBool("Parameters", "display distance", "Draw the segment from the point to the line",
+                   false, 1)
         .Input(kTypePoint, "pt", CZetPoint())
         .Input(kTypeLine, "ln", CZetLine())
         .Output(kTypeNumber, "distance")
@@ -62,8 +59,7 @@ class CPt2LnDist final : public TInstr<CPt2LnDist> {
 class CLnToAD final : public TInstr<CLnToAD> {
  public:
   static void Describe(CDescriber& d) {
-    Geometric(d, "LnToAD", "_Zet_Geometric_LnToAD_", 460102,
-              "Extracts the values of a and d as two numbers")
+    d.Head("LnToAD", "Extracts the values of a and d as two numbers")
         .Input(kTypeLine, "line", CZetLine())
         .Output(kTypeNumber, "a")
         .Output(kTypeNumber, "d");
@@ -81,7 +77,7 @@ class CLnToAD final : public TInstr<CLnToAD> {
 class CADToLn final : public TInstr<CADToLn> {
  public:
   static void Describe(CDescriber& d) {
-    Geometric(d, "ADToLn", "_Zet_Geometric_ADToLn_", 460103, "Makes a line from the values passed in")
+    d.Head("ADToLn", "Makes a line from the values passed in")
         .Input(kTypeNumber, "a", 0.0)
         .Input(kTypeNumber, "d", 0.0)
         .Output(kTypeLine, "line");
@@ -96,8 +92,7 @@ class CADToLn final : public TInstr<CADToLn> {
 class C2PtsToLn final : public TInstr<C2PtsToLn> {
  public:
   static void Describe(CDescriber& d) {
-    Geometric(d, "TwoPtsToLn", "_Zet_Geometric_TwoPtsToLn_", 460273,
-              "Calculates the line defined by two points")
+    d.Head("TwoPtsToLn", "Calculates the line defined by two points")
         .Input(kTypePoint, "pt1", CZetPoint())
         .Input(kTypePoint, "pt2", CZetPoint())
         .Output(kTypeLine, "ln");
@@ -113,7 +108,7 @@ class C2PtsToLn final : public TInstr<C2PtsToLn> {
 class CLnNorm final : public TInstr<CLnNorm> {
  public:
   static void Describe(CDescriber& d) {
-    Geometric(d, "LnNormalize", "_Zet_Geometric_LnNorm_", 460096, "Normalizes the line")
+    d.Head("LnNormalize", "Normalizes the line")
         .Input(kTypeLine, "line", CZetLine())
         .Output(kTypeLine, "normalized line");
   }
@@ -131,9 +126,9 @@ class CLnNorm final : public TInstr<CLnNorm> {
 class CNormAngle final : public TInstr<CNormAngle> {
  public:
   static void Describe(CDescriber& d) {
-    Geometric(d, "AngleNormalize", "_Zet_Geometric_NormAngle_", 460097,
-              "Normalizes the angle: (-PI/2 to PI/2] or (-180 to 180] depending on the uom "
-              "application preferences")
+    d.Head("AngleNormalize",
+           "Normalizes the angle: (-PI/2 to PI/2] or (-180 to 180] depending on the uom "
+           "application preferences")
         .Input(kTypeNumber, "angle", 0.0)
         .Output(kTypeNumber, "normalized angle");
   }
@@ -149,9 +144,10 @@ class CNormAngle final : public TInstr<CNormAngle> {
 class CLnToLnAngle final : public TInstr<CLnToLnAngle> {
  public:
   static void Describe(CDescriber& d) {
-    Geometric(d, "LnToLnAngle", "_Zet_Geometric_LnToLnAngle_", 460196,
-              "Calculates the angle between two lines (ln1.a - ln2.a). Angle is normalized to "
-              "(-PI/2, PI/2] or (-180 to 180] depending on the uom application preferences.")
+    d.Head("LnToLnAngle",
+           "Calculates the angle between two lines (ln1.a - ln2.a). Angle is normalized to "
+           "(-PI/2, PI/2] or (-180 to 180] depending on the uom application "
+           "preferences.")
         .Input(kTypeLine, "ln1", CZetLine())
         .Input(kTypeLine, "ln2", CZetLine())
         .Output(kTypeNumber, "angle");

@@ -10,12 +10,10 @@
 namespace zet {
 namespace {
 
-using geometry::Geometric;
-
 class CPointSet final : public TInstr<CPointSet> {
  public:
   static void Describe(CDescriber& d) {
-    Geometric(d, "PtSet", "_Zet_Geometric_PointSet_", 460080, "Sets a point to the specified value")
+    d.Head("PtSet", "Sets a point to the specified value")
         .Input(kTypePoint, "pt", CZetPoint())
         .Output(kTypePoint, "output");
   }
@@ -33,9 +31,9 @@ CDescriber& Distances(CDescriber& d, int type) {
 class CPt2PtDist final : public TInstr<CPt2PtDist> {
  public:
   static void Describe(CDescriber& d) {
-    Geometric(d, "PtToPtDist", "_Zet_Geometric_Pt2PtDistance_", 460082,
-              "Calculates the distance between two points and its projections on the X and Y "
-              "axes");
+    d.Head("PtToPtDist",
+           "Calculates the distance between two points and its projections on the X and Y "
+           "axes");
     Distances(TwoPoints(d), kTypeNumber);
   }
   int Execute(IXInstrContext* ctx) override {
@@ -67,8 +65,7 @@ struct SDistanceArrays {
 class CPtToPtsDist final : public TInstr<CPtToPtsDist> {
  public:
   static void Describe(CDescriber& d) {
-    Geometric(d, "PtToPtsDist", "_Zet_Geometric_PtToPtsDistance_", 460205,
-              "Calculates the distance between point and point array")
+    d.Head("PtToPtsDist", "Calculates the distance between point and point array")
         .Input(kTypePoint, "pt", CZetPoint())
         .Input(kTypePointArray, "pts");
     Distances(d, kTypeNumberArray);
@@ -87,8 +84,7 @@ class CPtToPtsDist final : public TInstr<CPtToPtsDist> {
 class CPtsToPtsDist final : public TInstr<CPtsToPtsDist> {
  public:
   static void Describe(CDescriber& d) {
-    Geometric(d, "PtsToPtsDist", "_Zet_Geometric_PtsToPtsDistance_", 460219,
-              "Calculates the distance between point arrays")
+    d.Head("PtsToPtsDist", "Calculates the distance between point arrays")
         .Input(kTypePointArray, "pts0")
         .Input(kTypePointArray, "pts1");
     Distances(d, kTypeNumberArray);
@@ -106,8 +102,8 @@ class CPtsToPtsDist final : public TInstr<CPtsToPtsDist> {
 class CPt2PtDistPitch final : public TInstr<CPt2PtDistPitch> {
  public:
   static void Describe(CDescriber& d) {
-    Geometric(d, "PtToPtAngleDist", "_Zet_Geometric_Pt2PtDistPitch_", 460083,
-              "Calculates the distance between two points and the line's angle with the X axis");
+    d.Head("PtToPtAngleDist",
+           "Calculates the distance between two points and the line's angle with the X axis");
     TwoPoints(d).Output(kTypeNumber, "a").Output(kTypeNumber, "d");
   }
   int Execute(IXInstrContext* ctx) override {
@@ -123,8 +119,7 @@ class CPt2PtDistPitch final : public TInstr<CPt2PtDistPitch> {
 class CPtToXY final : public TInstr<CPtToXY> {
  public:
   static void Describe(CDescriber& d) {
-    Geometric(d, "PtToXY", "_Zet_Geometric_PtToXY_", 460100,
-              "Extracts the values of x and y as two numbers")
+    d.Head("PtToXY", "Extracts the values of x and y as two numbers")
         .Input(kTypePoint, "point", CZetPoint())
         .Output(kTypeNumber, "x")
         .Output(kTypeNumber, "y");
@@ -141,7 +136,7 @@ class CPtToXY final : public TInstr<CPtToXY> {
 class CXYToPt final : public TInstr<CXYToPt> {
  public:
   static void Describe(CDescriber& d) {
-    Geometric(d, "XYToPt", "_Zet_Geometric_XYToPt_", 460101, "Makes a point from the values passed in")
+    d.Head("XYToPt", "Makes a point from the values passed in")
         .Input(kTypeNumber, "x", 0.0)
         .Input(kTypeNumber, "y", 0.0)
         .Output(kTypePoint, "point");
@@ -156,8 +151,7 @@ class CXYToPt final : public TInstr<CXYToPt> {
 class CMiddlePt final : public TInstr<CMiddlePt> {
  public:
   static void Describe(CDescriber& d) {
-    Geometric(d, "PtMiddle", "_Zet_Geometric_MiddlePt_", 460188,
-              "Calculates the middle (point) of the line defined by two points");
+    d.Head("PtMiddle", "Calculates the middle (point) of the line defined by two points");
     TwoPoints(d).Output(kTypePoint, "middle pt");
   }
   int Execute(IXInstrContext* ctx) override {
@@ -185,7 +179,7 @@ CZetPoint Mean(unsigned n, Get get) {
 class CPtAvg final : public TInstr<CPtAvg> {
  public:
   static void Describe(CDescriber& d) {
-    Geometric(d, "PtAverage", "_Zet_Geometric_MeanPt_", 460186, kMeanDescription)
+    d.Head("PtAverage", kMeanDescription)
         .Input(kTypePointArray, "pts")
         .Output(kTypePoint, "mean pt");
   }
@@ -203,7 +197,7 @@ class CPtAvg final : public TInstr<CPtAvg> {
 class CPtAvgInf final : public TInstr<CPtAvgInf> {
  public:
   static void Describe(CDescriber& d) {
-    Geometric(d, "PtAverageInf", "_Zet_Geometric_MeanPtInf_", 460187, kMeanDescription)
+    d.Head("PtAverageInf", kMeanDescription)
         .Input(kTypePoint, "pt", CZetPoint())
         .Variadic()
         .Output(kTypePoint, "mean pt");
@@ -220,8 +214,7 @@ class CPtAvgInf final : public TInstr<CPtAvgInf> {
 class CPtRotate final : public TInstr<CPtRotate> {
  public:
   static void Describe(CDescriber& d) {
-    Geometric(d, "PtRotate", "_Zet_Geometric_PtRotate_", 460090,
-              "Rotates a point around another(center) with angle")
+    d.Head("PtRotate", "Rotates a point around another(center) with angle")
         .Input(kTypePoint, "point", CZetPoint())
         .Input(kTypeNumber, "angle", 0.0)
         .Input(kTypePoint, "center", CZetPoint())

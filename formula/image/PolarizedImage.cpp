@@ -35,8 +35,7 @@ using polar::IsColourType;
 class CProcessPolarizedImage final : public TInstr<CProcessPolarizedImage> {
  public:
   static void Describe(CDescriber& d) {
-    d.Name("ProcessPolarizedImage").Category("Image").Ident("_CProcessPolarizedImage_", 450165)
-        .Description("Process image from polarized camera")
+    d.Head("ProcessPolarizedImage", "Process image from polarized camera")
         .ParamChoice("Polarization processing", "output image type",
                      "Controls polatization processing", polar::kTypeI0, polar::kTypeI0,
                      polar::kTypeHueValue,

@@ -9,21 +9,16 @@
 namespace zet {
 namespace {
 
-constexpr const char* kCat = "Numeric";
-
 // One number in, one number out; the input is called "number" with default 0.
-CDescriber& Unary(CDescriber& d, const char* name, const char* ident, int id,
-                  const char* description, const char* output, const char* input = "number") {
-  return d.Name(name).Category(kCat).Ident(ident, id).Description(description)
-      .Input(kTypeNumber, input, 0.0)
-      .Output(kTypeNumber, output);
+CDescriber& Unary(CDescriber& d, const char* name, const char* description, const char* output,
+                  const char* input = "number") {
+  return d.Head(name, description).Input(kTypeNumber, input, 0.0).Output(kTypeNumber, output);
 }
 
 class CNumericSet final : public TInstr<CNumericSet> {
  public:
   static void Describe(CDescriber& d) {
-    Unary(d, "SetNumber", "_Zet_Numeric_Set_", 460109,
-          "Set the output to the specified number value.", "output");
+    Unary(d, "SetNumber", "Set the output to the specified number value.", "output");
   }
   int Execute(IXInstrContext* ctx) override {
     CArgs a(ctx);
@@ -35,8 +30,7 @@ class CNumericSet final : public TInstr<CNumericSet> {
 class CAdd final : public TInstr<CAdd> {
  public:
   static void Describe(CDescriber& d) {
-    d.Name("Add").Category(kCat).Ident("_Zet_Numeric_AddNumbers_", 460110)
-        .Description("Add numbers.")
+    d.Head("Add", "Add numbers.")
         .Input(kTypeNumber, "number", 0.0)
         .Variadic()
         .Output(kTypeNumber, "sum");
@@ -54,8 +48,7 @@ class CAdd final : public TInstr<CAdd> {
 class CIncrement final : public TInstr<CIncrement> {
  public:
   static void Describe(CDescriber& d) {
-    Unary(d, "Increment", "_Zet_Numeric_Increment_", 460266,
-          "Add 1 to a number to increment it.", "incremented");
+    Unary(d, "Increment", "Add 1 to a number to increment it.", "incremented");
   }
   int Execute(IXInstrContext* ctx) override {
     CArgs a(ctx);
@@ -67,8 +60,7 @@ class CIncrement final : public TInstr<CIncrement> {
 class CSubtract final : public TInstr<CSubtract> {
  public:
   static void Describe(CDescriber& d) {
-    d.Name("Subtract").Category(kCat).Ident("_Zet_Numeric_SubtractNumbers_", 460111)
-        .Description("Subtract numbers.")
+    d.Head("Subtract", "Subtract numbers.")
         .Input(kTypeNumber, "number", 0.0)
         .Variadic()
         .Output(kTypeNumber, "difference");
@@ -86,8 +78,7 @@ class CSubtract final : public TInstr<CSubtract> {
 class CDecrement final : public TInstr<CDecrement> {
  public:
   static void Describe(CDescriber& d) {
-    Unary(d, "Decrement", "_Zet_Numeric_Decrement_", 460267,
-          "Subtract 1 from a number to decrement it.", "decremented");
+    Unary(d, "Decrement", "Subtract 1 from a number to decrement it.", "decremented");
   }
   int Execute(IXInstrContext* ctx) override {
     CArgs a(ctx);
@@ -99,8 +90,7 @@ class CDecrement final : public TInstr<CDecrement> {
 class CMultiply final : public TInstr<CMultiply> {
  public:
   static void Describe(CDescriber& d) {
-    d.Name("Multiply").Category(kCat).Ident("_Zet_Numeric_MultiplyNumbers_", 460112)
-        .Description("Multiply numbers.")
+    d.Head("Multiply", "Multiply numbers.")
         .Input(kTypeNumber, "number", 1.0)
         .Variadic()
         .Output(kTypeNumber, "product");
@@ -118,8 +108,7 @@ class CMultiply final : public TInstr<CMultiply> {
 class CDivide final : public TInstr<CDivide> {
  public:
   static void Describe(CDescriber& d) {
-    d.Name("Divide").Category(kCat).Ident("_Zet_Numeric_DivideNumbers_", 460113)
-        .Description("Divide two numbers.")
+    d.Head("Divide", "Divide two numbers.")
         .Input(kTypeNumber, "numerator", 0.0)
         .Input(kTypeNumber, "denominator", 1.0)
         .Output(kTypeNumber, "quotient");
@@ -137,8 +126,7 @@ class CDivide final : public TInstr<CDivide> {
 class CMax2 final : public TInstr<CMax2> {
  public:
   static void Describe(CDescriber& d) {
-    d.Name("Max2").Category(kCat).Ident("_Zet_Numeric_Max2Numbers_", 460271)
-        .Description("Output maximum of two numbers.")
+    d.Head("Max2", "Output maximum of two numbers.")
         .Input(kTypeNumber, "number", 0.0)
         .Input(kTypeNumber, "number", 0.0)
         .Output(kTypeNumber, "maximum");
@@ -154,8 +142,7 @@ class CMax2 final : public TInstr<CMax2> {
 class CMin2 final : public TInstr<CMin2> {
  public:
   static void Describe(CDescriber& d) {
-    d.Name("Min2").Category(kCat).Ident("_Zet_Numeric_Min2Numbers_", 460270)
-        .Description("Output minimum of two numbers.")
+    d.Head("Min2", "Output minimum of two numbers.")
         .Input(kTypeNumber, "number", 0.0)
         .Input(kTypeNumber, "number", 0.0)
         .Output(kTypeNumber, "minimum");
@@ -171,8 +158,7 @@ class CMin2 final : public TInstr<CMin2> {
 class CPow final : public TInstr<CPow> {
  public:
   static void Describe(CDescriber& d) {
-    d.Name("Pow").Category(kCat).Ident("_Zet_Numeric_PowNumbers_", 460114)
-        .Description("Power function.")
+    d.Head("Pow", "Power function.")
         .Input(kTypeNumber, "number", 0.0)
         .Input(kTypeNumber, "exponent", 1.0)
         .Output(kTypeNumber, "raised");
@@ -187,8 +173,7 @@ class CPow final : public TInstr<CPow> {
 class CIntegerDivide final : public TInstr<CIntegerDivide> {
  public:
   static void Describe(CDescriber& d) {
-    d.Name("Integer Divide").Category(kCat).Ident("_Zet_Numeric_IntegerDivideNumbers_", 460115)
-        .Description("Divide two integer numbers.")
+    d.Head("Integer Divide", "Divide two integer numbers.")
         .Input(kTypeNumber, "numerator", 0.0)
         .Input(kTypeNumber, "denominator", 1.0)
         .Output(kTypeNumber, "quotient");
@@ -210,8 +195,7 @@ class CIntegerDivide final : public TInstr<CIntegerDivide> {
 class CRemainder final : public TInstr<CRemainder> {
  public:
   static void Describe(CDescriber& d) {
-    d.Name("Remainder").Category(kCat).Ident("_Zet_Numeric_RemainderNumbers_", 460116)
-        .Description("Integer remainder function.")
+    d.Head("Remainder", "Integer remainder function.")
         .Input(kTypeNumber, "numerator", 0.0)
         .Input(kTypeNumber, "denominator", 1.0)
         .Output(kTypeNumber, "remainder");
@@ -229,8 +213,7 @@ class CRemainder final : public TInstr<CRemainder> {
 class CAbs final : public TInstr<CAbs> {
  public:
   static void Describe(CDescriber& d) {
-    Unary(d, "Abs", "_Zet_Numeric_CAbs_", 460117,
-          "Returns the absolute value of the input number.", "abs(number)");
+    Unary(d, "Abs", "Returns the absolute value of the input number.", "abs(number)");
   }
   int Execute(IXInstrContext* ctx) override {
     CArgs a(ctx);
@@ -242,8 +225,7 @@ class CAbs final : public TInstr<CAbs> {
 class CNegate final : public TInstr<CNegate> {
  public:
   static void Describe(CDescriber& d) {
-    Unary(d, "Negate", "_Zet_Numeric_CNegate_", 460119, "Returns the negated value of the number.",
-          "negated number");
+    Unary(d, "Negate", "Returns the negated value of the number.", "negated number");
   }
   int Execute(IXInstrContext* ctx) override {
     CArgs a(ctx);
@@ -255,8 +237,7 @@ class CNegate final : public TInstr<CNegate> {
 class CCopy final : public TInstr<CCopy> {
  public:
   static void Describe(CDescriber& d) {
-    Unary(d, "Copy", "_Zet_Numeric_CCopy_", 460118, "Returns a copy of the input number.",
-          "copy of number");
+    Unary(d, "Copy", "Returns a copy of the input number.", "copy of number");
   }
   int Execute(IXInstrContext* ctx) override {
     CArgs a(ctx);
@@ -268,8 +249,7 @@ class CCopy final : public TInstr<CCopy> {
 class CRound final : public TInstr<CRound> {
  public:
   static void Describe(CDescriber& d) {
-    Unary(d, "Round", "_Zet_Numeric_CRound_", 460120,
-          "Returns the number rounded to the nearest integer.", "rounded number");
+    Unary(d, "Round", "Returns the number rounded to the nearest integer.", "rounded number");
   }
   int Execute(IXInstrContext* ctx) override {
     CArgs a(ctx);
@@ -280,9 +260,7 @@ class CRound final : public TInstr<CRound> {
 
 class CSquare final : public TInstr<CSquare> {
  public:
-  static void Describe(CDescriber& d) {
-    Unary(d, "Square", "_Zet_Numeric_CSquare_", 460121, "Returns n*n.", "n squared", "n");
-  }
+  static void Describe(CDescriber& d) { Unary(d, "Square", "Returns n*n.", "n squared", "n"); }
   int Execute(IXInstrContext* ctx) override {
     CArgs a(ctx);
     a.Out(0) = a.Number(0) * a.Number(0);
@@ -293,8 +271,7 @@ class CSquare final : public TInstr<CSquare> {
 class CSqrt final : public TInstr<CSqrt> {
  public:
   static void Describe(CDescriber& d) {
-    Unary(d, "Sqrt", "_Zet_Numeric_CSqrt_", 460122, "Returns the square root of n.", "sqrt of n",
-          "n");
+    Unary(d, "Sqrt", "Returns the square root of n.", "sqrt of n", "n");
   }
   int Execute(IXInstrContext* ctx) override {
     CArgs a(ctx);
@@ -308,8 +285,7 @@ class CSqrt final : public TInstr<CSqrt> {
 class CTruncate final : public TInstr<CTruncate> {
  public:
   static void Describe(CDescriber& d) {
-    Unary(d, "Truncate", "_Zet_Numeric_CTruncate_", 460123,
-          "Returns the integer part of a number.", "integer part of number");
+    Unary(d, "Truncate", "Returns the integer part of a number.", "integer part of number");
   }
   int Execute(IXInstrContext* ctx) override {
     CArgs a(ctx);
@@ -322,8 +298,7 @@ class CTruncate final : public TInstr<CTruncate> {
 class CFractional final : public TInstr<CFractional> {
  public:
   static void Describe(CDescriber& d) {
-    Unary(d, "Fractional", "_Zet_Numeric_CFractional_", 460272,
-          "Returns the fractional part of a number.", "fractional part of number");
+    Unary(d, "Fractional", "Returns the fractional part of a number.", "fractional part of number");
   }
   int Execute(IXInstrContext* ctx) override {
     CArgs a(ctx);

@@ -8,12 +8,9 @@
 namespace zet {
 namespace {
 
-constexpr const char* kCat = "Numeric";
-
 // Inputs "n1" and "n2" (numbers, default 0), one Boolean output.
-void Compare(CDescriber& d, const char* name, const char* ident, int id, const char* output,
-             const char* description) {
-  d.Name(name).Category(kCat).Ident(ident, id).Description(description)
+void Compare(CDescriber& d, const char* name, const char* output, const char* description) {
+  d.Head(name, description)
       .Input(kTypeNumber, "n1", 0.0)
       .Input(kTypeNumber, "n2", 0.0)
       .Output(kTypeBool, output);
@@ -22,8 +19,7 @@ void Compare(CDescriber& d, const char* name, const char* ident, int id, const c
 class CGreater final : public TInstr<CGreater> {
  public:
   static void Describe(CDescriber& d) {
-    Compare(d, "Greater", "_Zet_Numeric_CGreater_", 460124, "n1 > n2",
-            "Returns true if n1 > n2, false otherwise.");
+    Compare(d, "Greater", "n1 > n2", "Returns true if n1 > n2, false otherwise.");
   }
   int Execute(IXInstrContext* ctx) override {
     CArgs a(ctx);
@@ -35,8 +31,7 @@ class CGreater final : public TInstr<CGreater> {
 class CGreaterOrEqual final : public TInstr<CGreaterOrEqual> {
  public:
   static void Describe(CDescriber& d) {
-    Compare(d, "GreaterOrEq", "_Zet_Numeric_CGreaterOrEqual_", 460125, "n1 >= n2",
-            "Returns true if n1 >= n2, false otherwise.");
+    Compare(d, "GreaterOrEq", "n1 >= n2", "Returns true if n1 >= n2, false otherwise.");
   }
   int Execute(IXInstrContext* ctx) override {
     CArgs a(ctx);
@@ -48,8 +43,7 @@ class CGreaterOrEqual final : public TInstr<CGreaterOrEqual> {
 class CLess final : public TInstr<CLess> {
  public:
   static void Describe(CDescriber& d) {
-    Compare(d, "Less", "_Zet_Numeric_CLess_", 460126, "n1 < n2",
-            "Returns true if n1 < n2, false otherwise.");
+    Compare(d, "Less", "n1 < n2", "Returns true if n1 < n2, false otherwise.");
   }
   int Execute(IXInstrContext* ctx) override {
     CArgs a(ctx);
@@ -61,8 +55,7 @@ class CLess final : public TInstr<CLess> {
 class CLessOrEqual final : public TInstr<CLessOrEqual> {
  public:
   static void Describe(CDescriber& d) {
-    Compare(d, "LessOrEq", "_Zet_Numeric_CLessOrEqual_", 460127, "n1 <= n2",
-            "Returns true if n1 <= n2, false otherwise.");
+    Compare(d, "LessOrEq", "n1 <= n2", "Returns true if n1 <= n2, false otherwise.");
   }
   int Execute(IXInstrContext* ctx) override {
     CArgs a(ctx);
@@ -77,8 +70,7 @@ class CLessOrEqual final : public TInstr<CLessOrEqual> {
 class CEqual final : public TInstr<CEqual> {
  public:
   static void Describe(CDescriber& d) {
-    Compare(d, "Eq", "_Zet_Numeric_CEqual_", 460128, "n1 == n2",
-            "Returns true if n1 == n2, false otherwise.");
+    Compare(d, "Eq", "n1 == n2", "Returns true if n1 == n2, false otherwise.");
   }
   int Execute(IXInstrContext* ctx) override {
     CArgs a(ctx);
@@ -90,8 +82,7 @@ class CEqual final : public TInstr<CEqual> {
 class CNotEqual final : public TInstr<CNotEqual> {
  public:
   static void Describe(CDescriber& d) {
-    Compare(d, "NotEq", "_Zet_Numeric_CNotEqual_", 460129, "n1 != n2",
-            "Returns true if n1 != n2, false otherwise.");
+    Compare(d, "NotEq", "n1 != n2", "Returns true if n1 != n2, false otherwise.");
   }
   int Execute(IXInstrContext* ctx) override {
     CArgs a(ctx);

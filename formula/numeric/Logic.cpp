@@ -4,21 +4,16 @@
 namespace zet {
 namespace {
 
-constexpr const char* kCat = "Boolean";
-
 // Every instruction here has one Boolean input "bool"; its default when unwired is
 // false.
-CDescriber& Logic(CDescriber& d, const char* name, const char* ident, int id,
-                  const char* description) {
-  return d.Name(name).Category(kCat).Ident(ident, id).Description(description)
-      .Input(kTypeBool, "bool", false);
+CDescriber& Logic(CDescriber& d, const char* name, const char* description) {
+  return d.Head(name, description).Input(kTypeBool, "bool", false);
 }
 
 class CBooleanSet final : public TInstr<CBooleanSet> {
  public:
   static void Describe(CDescriber& d) {
-    Logic(d, "SetBoolean", "_Zet_Boolean_Set_", 460075, "Sets a boolean to the specified value")
-        .Output(kTypeBool, "output");
+    Logic(d, "SetBoolean", "Sets a boolean to the specified value").Output(kTypeBool, "output");
   }
   int Execute(IXInstrContext* ctx) override { return ExecuteCopy(ctx); }
 };
@@ -26,7 +21,7 @@ class CBooleanSet final : public TInstr<CBooleanSet> {
 class CNot final : public TInstr<CNot> {
  public:
   static void Describe(CDescriber& d) {
-    Logic(d, "NOT", "_Zet_Boolean_Not_", 460076, "Boolean NOT").Output(kTypeBool, "negated input");
+    Logic(d, "NOT", "Boolean NOT").Output(kTypeBool, "negated input");
   }
   int Execute(IXInstrContext* ctx) override {
     CArgs a(ctx);
@@ -40,7 +35,7 @@ class CNot final : public TInstr<CNot> {
 class CAnd final : public TInstr<CAnd> {
  public:
   static void Describe(CDescriber& d) {
-    Logic(d, "AND", "_Zet_Boolean_And_", 460077, "Boolean AND; true if all inputs are true")
+    Logic(d, "AND", "Boolean AND; true if all inputs are true")
         .Variadic()
         .Output(kTypeBool, "and result");
   }
@@ -57,7 +52,7 @@ class CAnd final : public TInstr<CAnd> {
 class COr final : public TInstr<COr> {
  public:
   static void Describe(CDescriber& d) {
-    Logic(d, "OR", "_Zet_Boolean_Or_", 460078, "Boolean OR; true if any input is true")
+    Logic(d, "OR", "Boolean OR; true if any input is true")
         .Variadic()
         .Output(kTypeBool, "or result");
   }
@@ -74,8 +69,7 @@ class COr final : public TInstr<COr> {
 class CXor final : public TInstr<CXor> {
  public:
   static void Describe(CDescriber& d) {
-    Logic(d, "XOR", "_Zet_Boolean_Xor_", 460079,
-          "Boolean XOR; true if an odd number of inputs is true")
+    Logic(d, "XOR", "Boolean XOR; true if an odd number of inputs is true")
         .Variadic()
         .Output(kTypeBool, "xor result");
   }

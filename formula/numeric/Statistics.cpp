@@ -11,7 +11,6 @@
 namespace zet {
 namespace {
 
-constexpr const char* kCat = "Statistics";
 constexpr double kMinVariance = 1e-7;
 constexpr double kNoSpread = 999.0;
 
@@ -78,17 +77,13 @@ bool Higher(double m, double x) { return m < x; }
 
 // ---- Repeated number inputs ----
 
-CDescriber& Variadic(CDescriber& d, const char* name, const char* ident, int id,
-                     const char* description) {
-  return d.Name(name).Category(kCat).Ident(ident, id).Description(description)
-      .Input(kTypeNumber, "number", 0.0)
-      .Variadic();
+CDescriber& Variadic(CDescriber& d, const char* name, const char* description) {
+  return d.Head(name, description).Input(kTypeNumber, "number", 0.0).Variadic();
 }
 
 // Limits first, then the repeated samples.
-CDescriber& VariadicCapability(CDescriber& d, const char* name, const char* ident, int id,
-                               const char* description) {
-  return d.Name(name).Category(kCat).Ident(ident, id).Description(description)
+CDescriber& VariadicCapability(CDescriber& d, const char* name, const char* description) {
+  return d.Head(name, description)
       .Input(kTypeNumber, "HiLim", 0.0)
       .Input(kTypeNumber, "LoLim", 0.0)
       .Input(kTypeNumber, "number", 0.0)
@@ -99,8 +94,7 @@ CDescriber& VariadicCapability(CDescriber& d, const char* name, const char* iden
 class CMin final : public TInstr<CMin> {
  public:
   static void Describe(CDescriber& d) {
-    Variadic(d, "Min", "_Zet_Numeric_CMin_", 460130,
-             "Returns the minimum of all numbers received as arguments.")
+    Variadic(d, "Min", "Returns the minimum of all numbers received as arguments.")
         .Output(kTypeNumber, "min")
         .Output(kTypeNumber, "idx");
   }
@@ -114,8 +108,7 @@ class CMin final : public TInstr<CMin> {
 class CMax final : public TInstr<CMax> {
  public:
   static void Describe(CDescriber& d) {
-    Variadic(d, "Max", "_Zet_Numeric_CMax_", 460131,
-             "Returns the maximum of all numbers received as arguments.")
+    Variadic(d, "Max", "Returns the maximum of all numbers received as arguments.")
         .Output(kTypeNumber, "max")
         .Output(kTypeNumber, "idx");
   }
@@ -129,8 +122,7 @@ class CMax final : public TInstr<CMax> {
 class CMean final : public TInstr<CMean> {
  public:
   static void Describe(CDescriber& d) {
-    Variadic(d, "Mean", "_Zet_Numeric_CMean_", 460132,
-             "Returns the average of all numbers received as arguments.")
+    Variadic(d, "Mean", "Returns the average of all numbers received as arguments.")
         .Output(kTypeNumber, "avg");
   }
   int Execute(IXInstrContext* ctx) override {
@@ -147,7 +139,7 @@ class CMean final : public TInstr<CMean> {
 class CVariance final : public TInstr<CVariance> {
  public:
   static void Describe(CDescriber& d) {
-    Variadic(d, "Variance", "_Zet_Numeric_CVariance_", 460133,
+    Variadic(d, "Variance",
              "Returns the variance (square of standard deviation) of all the numbers received "
              "as arguments.")
         .Output(kTypeNumber, "variance");
@@ -165,8 +157,7 @@ class CVariance final : public TInstr<CVariance> {
 class CCp final : public TInstr<CCp> {
  public:
   static void Describe(CDescriber& d) {
-    VariadicCapability(d, "Cp", "_Zet_Numeric-Stat_CCp_", 460139,
-                       "Returns the process capability index Cp")
+    VariadicCapability(d, "Cp", "Returns the process capability index Cp")
         .Output(kTypeNumber, "Cp");
   }
   int Execute(IXInstrContext* ctx) override {
@@ -181,7 +172,7 @@ class CCp final : public TInstr<CCp> {
 class CCpk final : public TInstr<CCpk> {
  public:
   static void Describe(CDescriber& d) {
-    VariadicCapability(d, "Cpk", "_Zet_Numeric-Stat_CCpk_", 460140,
+    VariadicCapability(d, "Cpk",
                        "Returns the process capability index Cpk (2 sided specification "
                        "limits).")
         .Output(kTypeNumber, "Cpk");
@@ -197,15 +188,12 @@ class CCpk final : public TInstr<CCpk> {
 
 // ---- One number array ----
 
-CDescriber& Array(CDescriber& d, const char* name, const char* ident, int id,
-                  const char* description) {
-  return d.Name(name).Category(kCat).Ident(ident, id).Description(description)
-      .Input(kTypeNumberArray, "numbers");
+CDescriber& Array(CDescriber& d, const char* name, const char* description) {
+  return d.Head(name, description).Input(kTypeNumberArray, "numbers");
 }
 
-CDescriber& ArrayCapability(CDescriber& d, const char* name, const char* ident, int id,
-                            const char* description) {
-  return d.Name(name).Category(kCat).Ident(ident, id).Description(description)
+CDescriber& ArrayCapability(CDescriber& d, const char* name, const char* description) {
+  return d.Head(name, description)
       .Input(kTypeNumber, "HiLim", 0.0)
       .Input(kTypeNumber, "LoLim", 0.0)
       .Input(kTypeNumberArray, "numbers");
@@ -214,8 +202,7 @@ CDescriber& ArrayCapability(CDescriber& d, const char* name, const char* ident, 
 class CSumArr final : public TInstr<CSumArr> {
  public:
   static void Describe(CDescriber& d) {
-    Array(d, "SumArr", "_Zet_Numeric_CSumArr_", 460134,
-          "Returns the sum of the values in its array argument.")
+    Array(d, "SumArr", "Returns the sum of the values in its array argument.")
         .Output(kTypeNumber, "sum");
   }
   int Execute(IXInstrContext* ctx) override {
@@ -228,8 +215,7 @@ class CSumArr final : public TInstr<CSumArr> {
 class CMinArr final : public TInstr<CMinArr> {
  public:
   static void Describe(CDescriber& d) {
-    Array(d, "MinArr", "_Zet_Numeric_CMinArr_", 460135,
-          "Returns the minimum of all the values in the array argument.")
+    Array(d, "MinArr", "Returns the minimum of all the values in the array argument.")
         .Output(kTypeNumber, "min")
         .Output(kTypeNumber, "idx");
   }
@@ -245,8 +231,7 @@ class CMinArr final : public TInstr<CMinArr> {
 class CMaxArr final : public TInstr<CMaxArr> {
  public:
   static void Describe(CDescriber& d) {
-    Array(d, "MaxArr", "_Zet_Numeric_CMaxArr_", 460136,
-          "Returns the maximum of all the values in the array argument.")
+    Array(d, "MaxArr", "Returns the maximum of all the values in the array argument.")
         .Output(kTypeNumber, "max")
         .Output(kTypeNumber, "idx");
   }
@@ -262,8 +247,7 @@ class CMaxArr final : public TInstr<CMaxArr> {
 class CMeanArr final : public TInstr<CMeanArr> {
  public:
   static void Describe(CDescriber& d) {
-    Array(d, "MeanArr", "_Zet_Numeric_CMeanArr_", 460137,
-          "Returns the average of all the values in the array argument.")
+    Array(d, "MeanArr", "Returns the average of all the values in the array argument.")
         .Output(kTypeNumber, "avg");
   }
   int Execute(IXInstrContext* ctx) override {
@@ -279,7 +263,7 @@ class CMeanArr final : public TInstr<CMeanArr> {
 class CVarianceArr final : public TInstr<CVarianceArr> {
  public:
   static void Describe(CDescriber& d) {
-    Array(d, "VarianceArr", "_Zet_Numeric_CVarianceArr_", 460138,
+    Array(d, "VarianceArr",
           "Returns the variance (square of standard deviation) of all the values in the array "
           "argument.")
         .Output(kTypeNumber, "variance");
@@ -296,7 +280,7 @@ class CVarianceArr final : public TInstr<CVarianceArr> {
 class CCpArr final : public TInstr<CCpArr> {
  public:
   static void Describe(CDescriber& d) {
-    ArrayCapability(d, "CpArr", "_Zet_Default_CCpArr_", 460141,
+    ArrayCapability(d, "CpArr",
                     "Returns the process capability index Cp for all the values in the array "
                     "argument.")
         .Output(kTypeNumber, "Cp");
@@ -313,7 +297,7 @@ class CCpArr final : public TInstr<CCpArr> {
 class CCpkArr final : public TInstr<CCpkArr> {
  public:
   static void Describe(CDescriber& d) {
-    ArrayCapability(d, "CpkArr", "_Zet_Number-Stat_CCpkArr_", 460142,
+    ArrayCapability(d, "CpkArr",
                     "Returns the process capability index Cpk2 sided specification limits) for "
                     "all the valuesin the array argument.")
         .Output(kTypeNumber, "Cpk");

@@ -11,26 +11,18 @@
 namespace zet {
 namespace {
 
-constexpr const char* kCat = "Trigonometric";
-
-CDescriber& Unary(CDescriber& d, const char* name, const char* ident, int id, const char* input,
-                  const char* output, const char* description) {
-  return d.Name(name).Category(kCat).Ident(ident, id).Description(description)
-      .Input(kTypeNumber, input, 0.0)
-      .Output(kTypeNumber, output);
+CDescriber& Unary(CDescriber& d, const char* name, const char* input, const char* output,
+                  const char* description) {
+  return d.Head(name, description).Input(kTypeNumber, input, 0.0).Output(kTypeNumber, output);
 }
 
-CDescriber& Constant(CDescriber& d, const char* name, const char* ident, int id,
-                     const char* output, const char* description) {
-  return d.Name(name).Category(kCat).Ident(ident, id).Description(description)
-      .Output(kTypeNumber, output);
+CDescriber& Constant(CDescriber& d, const char* name, const char* output, const char* description) {
+  return d.Head(name, description).Output(kTypeNumber, output);
 }
 
 class CSin final : public TInstr<CSin> {
  public:
-  static void Describe(CDescriber& d) {
-    Unary(d, "Sin", "_Zet_Trigonometric_Sin_", 460174, "angle", "sin", "Calculates the sine");
-  }
+  static void Describe(CDescriber& d) { Unary(d, "Sin", "angle", "sin", "Calculates the sine"); }
   int Execute(IXInstrContext* ctx) override {
     CArgs a(ctx);
     a.Out(0) = std::sin(CZetAngleTr::ToRad(a.Number(0)));
@@ -40,9 +32,7 @@ class CSin final : public TInstr<CSin> {
 
 class CCos final : public TInstr<CCos> {
  public:
-  static void Describe(CDescriber& d) {
-    Unary(d, "Cos", "_Zet_Trigonometric_Cos_", 460175, "angle", "cos", "Calculates the cosine");
-  }
+  static void Describe(CDescriber& d) { Unary(d, "Cos", "angle", "cos", "Calculates the cosine"); }
   int Execute(IXInstrContext* ctx) override {
     CArgs a(ctx);
     a.Out(0) = std::cos(CZetAngleTr::ToRad(a.Number(0)));
@@ -52,9 +42,7 @@ class CCos final : public TInstr<CCos> {
 
 class CTan final : public TInstr<CTan> {
  public:
-  static void Describe(CDescriber& d) {
-    Unary(d, "Tan", "_Zet_Trigonometric_Tan_", 460176, "angle", "tan", "Calculates the tangent");
-  }
+  static void Describe(CDescriber& d) { Unary(d, "Tan", "angle", "tan", "Calculates the tangent"); }
   int Execute(IXInstrContext* ctx) override {
     CArgs a(ctx);
     a.Out(0) = std::tan(CZetAngleTr::ToRad(a.Number(0)));
@@ -66,8 +54,7 @@ class CTan final : public TInstr<CTan> {
 class CArcSin final : public TInstr<CArcSin> {
  public:
   static void Describe(CDescriber& d) {
-    Unary(d, "ArcSin", "_Zet_Trigonometric_ArcSin_", 460177, "sin", "angle",
-          "Calculates the arcsine");
+    Unary(d, "ArcSin", "sin", "angle", "Calculates the arcsine");
   }
   int Execute(IXInstrContext* ctx) override {
     CArgs a(ctx);
@@ -79,8 +66,7 @@ class CArcSin final : public TInstr<CArcSin> {
 class CArcCos final : public TInstr<CArcCos> {
  public:
   static void Describe(CDescriber& d) {
-    Unary(d, "ArcCos", "_Zet_Trigonometric_ArcCos_", 460178, "cos", "angle",
-          "Calculates the arccosine");
+    Unary(d, "ArcCos", "cos", "angle", "Calculates the arccosine");
   }
   int Execute(IXInstrContext* ctx) override {
     CArgs a(ctx);
@@ -92,8 +78,7 @@ class CArcCos final : public TInstr<CArcCos> {
 class CArcTan final : public TInstr<CArcTan> {
  public:
   static void Describe(CDescriber& d) {
-    Unary(d, "ArcTan", "_Zet_Trigonometric_ArcTan_", 460179, "tan", "angle",
-          "Calculates the arctangent");
+    Unary(d, "ArcTan", "tan", "angle", "Calculates the arctangent");
   }
   int Execute(IXInstrContext* ctx) override {
     CArgs a(ctx);
@@ -106,8 +91,7 @@ class CArcTan final : public TInstr<CArcTan> {
 class CDeg2Rad final : public TInstr<CDeg2Rad> {
  public:
   static void Describe(CDescriber& d) {
-    Unary(d, "DegToRad", "_Zet_Trigonometric_Deg2Rad_", 460180, "angle", "radians",
-          "Converts degrees input value to radians");
+    Unary(d, "DegToRad", "angle", "radians", "Converts degrees input value to radians");
   }
   int Execute(IXInstrContext* ctx) override {
     CArgs a(ctx);
@@ -119,8 +103,7 @@ class CDeg2Rad final : public TInstr<CDeg2Rad> {
 class CRad2Deg final : public TInstr<CRad2Deg> {
  public:
   static void Describe(CDescriber& d) {
-    Unary(d, "RadToDeg", "_Zet_Trigonometric_Rad2Deg_", 460181, "angle", "degrees",
-          "Converts radians input value to degrees.");
+    Unary(d, "RadToDeg", "angle", "degrees", "Converts radians input value to degrees.");
   }
   int Execute(IXInstrContext* ctx) override {
     CArgs a(ctx);
@@ -132,7 +115,7 @@ class CRad2Deg final : public TInstr<CRad2Deg> {
 class CGetPi final : public TInstr<CGetPi> {
  public:
   static void Describe(CDescriber& d) {
-    Constant(d, "GetPi", "_Zet_Trigonometric_GetPi_", 460182, "Pi",
+    Constant(d, "GetPi", "Pi",
              "Retrieves the value of Pi (as used internally by the application.)");
   }
   int Execute(IXInstrContext* ctx) override {
@@ -145,7 +128,7 @@ class CGetPi final : public TInstr<CGetPi> {
 class CGetPiDiv2 final : public TInstr<CGetPiDiv2> {
  public:
   static void Describe(CDescriber& d) {
-    Constant(d, "GetPiDiv2", "_Zet_Trigonometry_CGetPiDiv2_", 460183, "PiDiv2",
+    Constant(d, "GetPiDiv2", "PiDiv2",
              "Retrieves the value of Pi divided by two (as used internally by the "
              "application).");
   }
@@ -159,7 +142,7 @@ class CGetPiDiv2 final : public TInstr<CGetPiDiv2> {
 class CGetPiDiv4 final : public TInstr<CGetPiDiv4> {
  public:
   static void Describe(CDescriber& d) {
-    Constant(d, "GetPiDiv4", "_Zet_Trigonometry_CGetPiDiv4_", 460184, "PiDiv4",
+    Constant(d, "GetPiDiv4", "PiDiv4",
              "Retrieves the value of Pi divided by four (as used internally by the "
              "application).");
   }

@@ -17,18 +17,16 @@
 namespace zet {
 namespace {
 
-constexpr const char* kCat = "String";
-
 // The numbers a PrintfNumInf format may use; more inputs are refused.
 constexpr int kMaxPrintfNumbers = 17;
 
 class CPrintfNum final : public TInstr<CPrintfNum> {
  public:
   static void Describe(CDescriber& d) {
-    d.Name("PrintfNum").Category(kCat).Ident("_Zet_String_CPrintfNum_", 460143)
-        .Description("Formats a number as string. This formula is very similar to the "
-                     "C-language \"sprintf\" command. Most of the \"sprintf\"\x92"
-                     "s float type formatting flags are valid.")
+    d.Head("PrintfNum",
+           "Formats a number as string. This formula is very similar to the "
+           "C-language \"sprintf\" command. Most of the \"sprintf\"\x92"
+           "s float type formatting flags are valid.")
         .Input(kTypeString, "formatting", kEmptyText)
         .Input(kTypeNumber, "number", 0.0)
         .Output(kTypeString, "formatted string");
@@ -44,10 +42,10 @@ class CPrintfNum final : public TInstr<CPrintfNum> {
 class CPrintfNumInf final : public TInstr<CPrintfNumInf> {
  public:
   static void Describe(CDescriber& d) {
-    d.Name("PrintfNumInf").Category(kCat).Ident("_Zet_String_CPrintfNumInf_", 460286)
-        .Description("Formats 1 to 17 numbers into a string. This formula is similar to the "
-                     "C-language \"sprintf\" command. Most of the \"sprintf\"\x92"
-                     "s float type formatting flags are valid.")
+    d.Head("PrintfNumInf",
+           "Formats 1 to 17 numbers into a string. This formula is similar to the "
+           "C-language \"sprintf\" command. Most of the \"sprintf\"\x92"
+           "s float type formatting flags are valid.")
         .Input(kTypeString, "formatting", kEmptyText)
         .Input(kTypeNumber, "number", 0.0)
         .Variadic()
@@ -75,9 +73,9 @@ class CPrintfNumInf final : public TInstr<CPrintfNumInf> {
 class CChar2Num final : public TInstr<CChar2Num> {
  public:
   static void Describe(CDescriber& d) {
-    d.Name("CharToNum").Category(kCat).Ident("_Zet_String_CChar2Num_", 460144)
-        .Description("Returns a numeric array containing the ASCII values of the input "
-                     "character string")
+    d.Head("CharToNum",
+           "Returns a numeric array containing the ASCII values of the input "
+           "character string")
         .Input(kTypeString, "strToConvert", kEmptyText)
         .Output(kTypeNumberArray, "charVals");
   }
@@ -97,8 +95,7 @@ class CChar2Num final : public TInstr<CChar2Num> {
 class CNum2Char final : public TInstr<CNum2Char> {
  public:
   static void Describe(CDescriber& d) {
-    d.Name("NumToChar").Category(kCat).Ident("_Zet_String_CNum2Char_", 460145)
-        .Description("Returns a string built from an array of numeric, ASCII values.")
+    d.Head("NumToChar", "Returns a string built from an array of numeric, ASCII values.")
         .Input(kTypeNumber, "char count", 1.0, "Character count, array size in characters")
         .Input(kTypeNumberArray, "chars")
         .Output(kTypeString, "string");
@@ -125,8 +122,7 @@ class CNum2Char final : public TInstr<CNum2Char> {
 class CCreateStrInf final : public TInstr<CCreateStrInf> {
  public:
   static void Describe(CDescriber& d) {
-    d.Name("CreateStrInf").Category(kCat).Ident("_Zet_String_CCreateStrInf_", 460277)
-        .Description("Creates a new string from input strings")
+    d.Head("CreateStrInf", "Creates a new string from input strings")
         .Input(kTypeString, "string", kEmptyText, "input string")
         .Variadic()
         .Output(kTypeString, "new string");
@@ -149,8 +145,7 @@ class CCreateStrInf final : public TInstr<CCreateStrInf> {
 class CNumberToString final : public TInstr<CNumberToString> {
  public:
   static void Describe(CDescriber& d) {
-    d.Name("NumToString").Category("Numeric").Ident("_Zet_String_CNumberToString_", 460216)
-        .Description("Returns a string representing given number.")
+    d.Head("NumToString", "Returns a string representing given number.")
         .ParamBool("Parameters", "Show +/-",
                    "Always show + or - signs. If false on negative numbers will show -", false)
         .ParamInt("Parameters", "Number of digits",
@@ -187,8 +182,7 @@ class CNumberToString final : public TInstr<CNumberToString> {
 class CStringToNumber final : public TInstr<CStringToNumber> {
  public:
   static void Describe(CDescriber& d) {
-    d.Name("StringToNum").Category("Numeric").Ident("_Zet_Number_CStringToNumber_", 460223)
-        .Description("Returns a number scanned from the given string.")
+    d.Head("StringToNum", "Returns a number scanned from the given string.")
         .Input(kTypeString, "string", "",
                "String containing a number. Prefix with 0x for hex numbers.")
         .Output(kTypeNumber, "number", "Scanned value")

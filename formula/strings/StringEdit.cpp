@@ -13,8 +13,6 @@
 namespace zet {
 namespace {
 
-constexpr const char* kCat = "String";
-
 // The substring from `first`, at most `count` bytes: empty when `first` is past the
 // end or `count` is negative.
 std::string_view MidOf(std::string_view s, int64_t first, int64_t count) {
@@ -25,8 +23,7 @@ std::string_view MidOf(std::string_view s, int64_t first, int64_t count) {
 class CStringSet final : public TInstr<CStringSet> {
  public:
   static void Describe(CDescriber& d) {
-    d.Name("SetString").Category(kCat).Ident("_Zet_String_Set_", 460146)
-        .Description("Sets a string to the specified value")
+    d.Head("SetString", "Sets a string to the specified value")
         .Input(kTypeString, "string", kEmptyText)
         .Output(kTypeString, "output");
   }
@@ -40,8 +37,7 @@ class CStringSet final : public TInstr<CStringSet> {
 class CAddStr final : public TInstr<CAddStr> {
  public:
   static void Describe(CDescriber& d) {
-    d.Name("AddStr").Category(kCat).Ident("_Zet_String_CAddStr_", 460147)
-        .Description("Creates a new string by appending string2 to string1.")
+    d.Head("AddStr", "Creates a new string by appending string2 to string1.")
         .Input(kTypeString, "string1", kEmptyText)
         .Input(kTypeString, "string2", kEmptyText)
         .Output(kTypeString, "string");
@@ -60,8 +56,7 @@ class CAddStr final : public TInstr<CAddStr> {
 class CCopyStr final : public TInstr<CCopyStr> {
  public:
   static void Describe(CDescriber& d) {
-    d.Name("CopyStr").Category(kCat).Ident("_Zet_String_CCopyStr_", 460149)
-        .Description("Returns a copy of the input string.")
+    d.Head("CopyStr", "Returns a copy of the input string.")
         .Input(kTypeString, "string", kEmptyText)
         .Output(kTypeString, "string copy");
   }
@@ -76,9 +71,9 @@ class CCopyStr final : public TInstr<CCopyStr> {
 class CLeftStr final : public TInstr<CLeftStr> {
  public:
   static void Describe(CDescriber& d) {
-    d.Name("LeftStr").Category(kCat).Ident("_Zet_String_CLeftStr_", 460150)
-        .Description("Returns a new string consisting of the n leftmost chars of the argument "
-                     "string.")
+    d.Head("LeftStr",
+           "Returns a new string consisting of the n leftmost chars of the argument "
+           "string.")
         .Input(kTypeString, "string", kEmptyText)
         .Input(kTypeNumber, "left n", 0.0)
         .Output(kTypeString, "string");
@@ -95,9 +90,9 @@ class CLeftStr final : public TInstr<CLeftStr> {
 class CRightStr final : public TInstr<CRightStr> {
  public:
   static void Describe(CDescriber& d) {
-    d.Name("RightStr").Category(kCat).Ident("_Zet_String_CRightStr_", 460151)
-        .Description("Returns a new string consisting of the n rightmost chars of the argument "
-                     "string.")
+    d.Head("RightStr",
+           "Returns a new string consisting of the n rightmost chars of the argument "
+           "string.")
         .Input(kTypeString, "string", kEmptyText)
         .Input(kTypeNumber, "right n", 0.0)
         .Output(kTypeString, "string");
@@ -115,9 +110,9 @@ class CRightStr final : public TInstr<CRightStr> {
 class CMidStr final : public TInstr<CMidStr> {
  public:
   static void Describe(CDescriber& d) {
-    d.Name("MidStr").Category(kCat).Ident("_Zet_String_CMidStr_", 460152)
-        .Description("Returns a new string consisting of the middle n characters of the "
-                     "argument string, starting at position p.")
+    d.Head("MidStr",
+           "Returns a new string consisting of the middle n characters of the "
+           "argument string, starting at position p.")
         .Input(kTypeString, "string", kEmptyText)
         .Input(kTypeNumber, "start pos", 0.0)
         .Input(kTypeNumber, "mid n", 0.0)
@@ -135,9 +130,9 @@ class CMidStr final : public TInstr<CMidStr> {
 class CTrimStr final : public TInstr<CTrimStr> {
  public:
   static void Describe(CDescriber& d) {
-    d.Name("TrimStr").Category(kCat).Ident("_Zet_String_CTrimStr_", 460153)
-        .Description("Return a new string obtained by eliminating m leading and n trailing "
-                     "characters from the argument string.")
+    d.Head("TrimStr",
+           "Return a new string obtained by eliminating m leading and n trailing "
+           "characters from the argument string.")
         .Input(kTypeString, "string", kEmptyText)
         .Input(kTypeNumber, "leading m", 0.0)
         .Input(kTypeNumber, "trailing n", 0.0)
@@ -156,8 +151,7 @@ class CTrimStr final : public TInstr<CTrimStr> {
 class CPackStr final : public TInstr<CPackStr> {
  public:
   static void Describe(CDescriber& d) {
-    d.Name("PackStr").Category(kCat).Ident("_Zet_String_CPackStr_", 460154)
-        .Description("Returns a string built from concatenating input strings.")
+    d.Head("PackStr", "Returns a string built from concatenating input strings.")
         .Input(kTypeStringArray, "strings")
         .Output(kTypeString, "concat string");
   }
@@ -179,9 +173,9 @@ class CPackStr final : public TInstr<CPackStr> {
 class CReplaceStr final : public TInstr<CReplaceStr> {
  public:
   static void Describe(CDescriber& d) {
-    d.Name("ReplaceStr").Category(kCat).Ident("_Zet_String_CReplaceStr_", 460156)
-        .Description("Replaces all the occurences of the what string found in the specified "
-                     "string with the replacement string. Case sensitive.")
+    d.Head("ReplaceStr",
+           "Replaces all the occurences of the what string found in the specified "
+           "string with the replacement string. Case sensitive.")
         .Input(kTypeString, "source", kEmptyText)
         .Input(kTypeString, "what", kEmptyText)
         .Input(kTypeString, "replacement", kEmptyText)
@@ -201,8 +195,7 @@ class CReplaceStr final : public TInstr<CReplaceStr> {
 class CSetAtStr final : public TInstr<CSetAtStr> {
  public:
   static void Describe(CDescriber& d) {
-    d.Name("SetAtStr").Category(kCat).Ident("_Zet_String_CSetAtStr_", 460158)
-        .Description("Sets the character argument at position pos in the specified string.")
+    d.Head("SetAtStr", "Sets the character argument at position pos in the specified string.")
         .Input(kTypeString, "string", kEmptyText)
         .Input(kTypeNumber, "pos", 0.0)
         .Input(kTypeNumber, "char", 0.0)
@@ -226,8 +219,7 @@ class CSetAtStr final : public TInstr<CSetAtStr> {
 class CInsertAtStr final : public TInstr<CInsertAtStr> {
  public:
   static void Describe(CDescriber& d) {
-    d.Name("InsertAtStr").Category(kCat).Ident("_Zet_String_CInsertAtStr_", 460185)
-        .Description("Inserts the argument string at position pos in the specified string.")
+    d.Head("InsertAtStr", "Inserts the argument string at position pos in the specified string.")
         .Input(kTypeString, "string", kEmptyText)
         .Input(kTypeNumber, "pos", 0.0)
         .Input(kTypeString, "ins string", kEmptyText)

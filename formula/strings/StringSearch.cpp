@@ -11,8 +11,6 @@
 namespace zet {
 namespace {
 
-constexpr const char* kCat = "String";
-
 // Search results as numbers: npos is -1.
 double Found(size_t pos) { return pos == std::string_view::npos ? -1.0 : static_cast<double>(pos); }
 
@@ -34,10 +32,10 @@ int CompareNoCase(const char* s1, const char* s2) {
 class CCompStr final : public TInstr<CCompStr> {
  public:
   static void Describe(CDescriber& d) {
-    d.Name("CompStr").Category(kCat).Ident("_Zet_String_CCompStr_", 460148)
-        .Description("Returns -1 if the first string is less than the second string, 0 if they "
-                     "are equal, 1 if it is greater. The comparison is case sensitive by "
-                     "default.")
+    d.Head("CompStr",
+           "Returns -1 if the first string is less than the second string, 0 if they "
+           "are equal, 1 if it is greater. The comparison is case "
+           "sensitive by default.")
         .Input(kTypeString, "string1", kEmptyText)
         .Input(kTypeString, "string2", kEmptyText)
         .Input(kTypeBool, "case sensitive", true)
@@ -61,9 +59,9 @@ class CCompStr final : public TInstr<CCompStr> {
 class CFindStr final : public TInstr<CFindStr> {
  public:
   static void Describe(CDescriber& d) {
-    d.Name("FindStr").Category(kCat).Ident("_Zet_String_CFindStr_", 460155)
-        .Description("Searches the what string in the source string and returns the position "
-                     "of the first occurence if any or -1 if not found. Case sensitive.")
+    d.Head("FindStr",
+           "Searches the what string in the source string and returns the position "
+           "of the first occurence if any or -1 if not found. Case sensitive.")
         .Input(kTypeString, "src", kEmptyText)
         .Input(kTypeString, "what", kEmptyText)
         .Output(kTypeNumber, "pos found");
@@ -78,9 +76,9 @@ class CFindStr final : public TInstr<CFindStr> {
 class CFindStrReverse final : public TInstr<CFindStrReverse> {
  public:
   static void Describe(CDescriber& d) {
-    d.Name("FindStrReverse").Category(kCat).Ident("_Zet_String_CFindStrReverse_", 460268)
-        .Description("Returns the position of 'what' found in a reverse search of 'src', or -1 "
-                     "if not found. Case sensitive.")
+    d.Head("FindStrReverse",
+           "Returns the position of 'what' found in a reverse search of 'src', or -1 "
+           "if not found. Case sensitive.")
         .Input(kTypeString, "src", kEmptyText, "String to search")
         .Input(kTypeString, "what", kEmptyText, "Find this string")
         .Output(kTypeNumber, "pos found");
@@ -95,9 +93,9 @@ class CFindStrReverse final : public TInstr<CFindStrReverse> {
 class CFindStrNth final : public TInstr<CFindStrNth> {
  public:
   static void Describe(CDescriber& d) {
-    d.Name("FindStrNth").Category(kCat).Ident("_Zet_String_CFindStrNth_", 460269)
-        .Description("Returns the position of the Nth occurrence of 'what' in a forward search "
-                     "of 'src' or, -1 if not found. Case sensitive.")
+    d.Head("FindStrNth",
+           "Returns the position of the Nth occurrence of 'what' in a forward search "
+           "of 'src' or, -1 if not found. Case sensitive.")
         .Input(kTypeString, "src", kEmptyText)
         .Input(kTypeString, "what", kEmptyText)
         .Input(kTypeNumber, "Nth", 0.0, "Find this occurrence of 'what' in 'src'")
@@ -131,9 +129,9 @@ class CFindStrNth final : public TInstr<CFindStrNth> {
 class CGetAt final : public TInstr<CGetAt> {
  public:
   static void Describe(CDescriber& d) {
-    d.Name("GetAt").Category(kCat).Ident("_Zet_String_CGetAt_", 460157)
-        .Description("Returns the numerical value of the character at position pos in the "
-                     "string.")
+    d.Head("GetAt",
+           "Returns the numerical value of the character at position pos in the "
+           "string.")
         .Input(kTypeString, "string", kEmptyText)
         .Input(kTypeNumber, "pos", 0.0)
         .Output(kTypeNumber, "char");
@@ -157,8 +155,7 @@ class CGetAt final : public TInstr<CGetAt> {
 class CLenStr final : public TInstr<CLenStr> {
  public:
   static void Describe(CDescriber& d) {
-    d.Name("LenStr").Category(kCat).Ident("_Zet_String_CLenStr_", 460159)
-        .Description("Returns the length of the string (in characters).")
+    d.Head("LenStr", "Returns the length of the string (in characters).")
         .Input(kTypeString, "string", kEmptyText)
         .Output(kTypeNumber, "length");
   }
@@ -172,8 +169,8 @@ class CLenStr final : public TInstr<CLenStr> {
 class CWordLengthStr final : public TInstr<CWordLengthStr> {
  public:
   static void Describe(CDescriber& d) {
-    d.Name("GetWordLength").Category(kCat).Ident("_Zet_String_CWordLengthStr_", 460244)
-        .Description("Get length, in characters, of the smallest and largest words in string")
+    d.Head("GetWordLength",
+           "Get length, in characters, of the smallest and largest words in string")
         .Input(kTypeString, "string", kEmptyText)
         .Output(kTypeNumber, "min word length")
         .Output(kTypeNumber, "max word length")

@@ -10,15 +10,10 @@
 namespace zet {
 namespace {
 
-constexpr const char* kCat = "IO: Annotations";
 constexpr int kTrail = 1;  // both trailing integers of every service call
 
 IXInstrAnnotations* Sink(const CArgs& a) {
   return static_cast<IXInstrAnnotations*>(a.Context()->GetService(kServiceAnnotations));
-}
-
-CDescriber& Head(CDescriber& d, const char* name, const char* ident, int id, const char* desc) {
-  return d.Name(name).Category(kCat).Ident(ident, id).Description(desc);
 }
 
 const CZetPoint kOrigin(0.0, 0.0);
@@ -36,7 +31,7 @@ int SendPointSet(IXInstrContext* ctx, PointSetOp op) {
 class CAnnotText final : public TInstr<CAnnotText> {
  public:
   static void Describe(CDescriber& d) {
-    Head(d, "Text", "_CAnnotText_", 460000, "Add text annotation")
+    d.Head("Text", "Add text annotation")
         .Input(kTypePoint, "location", kOrigin, "x,y starting location of text")
         .Input(kTypeString, "label", "Text label", "Text to display")
         .Input(kTypeNumber, "color", 0.0, "Text color. 0 = Use default color")
@@ -54,7 +49,7 @@ class CAnnotText final : public TInstr<CAnnotText> {
 class CAnnotPoint final : public TInstr<CAnnotPoint> {
  public:
   static void Describe(CDescriber& d) {
-    Head(d, "Point", "_CAnnotPoint_", 460001, "Add point annotation")
+    d.Head("Point", "Add point annotation")
         .Input(kTypePoint, "location", kOrigin, "x,y location of point")
         .Input(kTypeString, "label", "Point label", "Label for point")
         .Input(kTypeNumber, "color", 0.0, "Point color.  0 = Use default color");
@@ -70,7 +65,7 @@ class CAnnotPoint final : public TInstr<CAnnotPoint> {
 class CAnnotSegment final : public TInstr<CAnnotSegment> {
  public:
   static void Describe(CDescriber& d) {
-    Head(d, "Line Segment", "_CAnnotSegment_", 460002, "Add line segment annotation")
+    d.Head("Line Segment", "Add line segment annotation")
         .Input(kTypePoint, "start", kOrigin, "Starting point of line")
         .Input(kTypePoint, "end", kOrigin, "Ending point of line")
         .Input(kTypeString, "label", "Segment label", "Line segment label")
@@ -90,7 +85,7 @@ class CAnnotSegment final : public TInstr<CAnnotSegment> {
 class CAnnotLine final : public TInstr<CAnnotLine> {
  public:
   static void Describe(CDescriber& d) {
-    Head(d, "Line", "_CAnnotLine_", 460003, "Add line annotation")
+    d.Head("Line", "Add line annotation")
         .Input(kTypeLine, "line", CZetLine(0.0, 0.0), "Line angle, distance")
         .Input(kTypeString, "label", "Line label")
         .Input(kTypeNumber, "color", 0.0, "Line color. 0 for default color");
@@ -107,7 +102,7 @@ class CAnnotLine final : public TInstr<CAnnotLine> {
 class CAnnotCircle final : public TInstr<CAnnotCircle> {
  public:
   static void Describe(CDescriber& d) {
-    Head(d, "Circle", "_CAnnotCircle_", 460004, "Add circle annotation")
+    d.Head("Circle", "Add circle annotation")
         .Input(kTypePoint, "center", kOrigin, "Center point of circle annotation")
         .Input(kTypeNumber, "radius", 1.0, "Radius of circle annotation")
         .Input(kTypeString, "label", "Circle label", "Circle's label")
@@ -129,8 +124,7 @@ class CAnnotCircle final : public TInstr<CAnnotCircle> {
 class CAnnotCirclesFixedRadius final : public TInstr<CAnnotCirclesFixedRadius> {
  public:
   static void Describe(CDescriber& d) {
-    Head(d, "Circles", "_CAnnotCirclesFixedRadius_", 460274,
-         "Add array of constant-radius circle annotations")
+    d.Head("Circles", "Add array of constant-radius circle annotations")
         .Input(kTypePointArray, "center points", {}, "Array of circle center points")
         .Input(kTypeNumber, "radius", 1.0, "Circles' radius")
         .Input(kTypeString, "label", "Circles label", "Circles' label")
@@ -151,7 +145,7 @@ class CAnnotCirclesFixedRadius final : public TInstr<CAnnotCirclesFixedRadius> {
 class CAnnotRect final : public TInstr<CAnnotRect> {
  public:
   static void Describe(CDescriber& d) {
-    Head(d, "Rectangle", "_CAnnotRect_", 460005, "Add rectangle annotation")
+    d.Head("Rectangle", "Add rectangle annotation")
         .Input(kTypePoint, "center", kOrigin, "Center point of rectangle")
         .Input(kTypeNumber, "width", 0.0, "Width of rectangle")
         .Input(kTypeNumber, "height", 0.0, "Height of rectangle")
@@ -178,7 +172,7 @@ class CAnnotRect final : public TInstr<CAnnotRect> {
 class CAnnotPoints final : public TInstr<CAnnotPoints> {
  public:
   static void Describe(CDescriber& d) {
-    Head(d, "Points", "_CAnnotPoints_", 460006, "Add points annotation")
+    d.Head("Points", "Add points annotation")
         .Input(kTypePointArray, "points", {}, "Array of points (+ marks) to draw")
         .Input(kTypeString, "label", "Points label", "Label for point array")
         .Input(kTypeNumber, "color", 0.0, "Color of points. 0 = Use default color");
@@ -191,7 +185,7 @@ class CAnnotPoints final : public TInstr<CAnnotPoints> {
 class CAnnotPixels final : public TInstr<CAnnotPixels> {
  public:
   static void Describe(CDescriber& d) {
-    Head(d, "Pixels", "_CAnnotPixels_", 460007, "Add pixels annotation")
+    d.Head("Pixels", "Add pixels annotation")
         .Input(kTypePointArray, "pixels", {}, "Input array of pixels")
         .Input(kTypeString, "label", "Pixels label", "Label for pixels")
         .Input(kTypeNumber, "color", 0.0, "Pixel color. 0 = Use default color");
@@ -207,7 +201,7 @@ class CAnnotPixels final : public TInstr<CAnnotPixels> {
 class CAnnotPolyline final : public TInstr<CAnnotPolyline> {
  public:
   static void Describe(CDescriber& d) {
-    Head(d, "Polyline", "_CAnnotPolyline_", 460008, "Add polyline annotation")
+    d.Head("Polyline", "Add polyline annotation")
         .Input(kTypePointArray, "polyline", {}, "Point array to connect with lines")
         .Input(kTypeString, "label", "Polyline label", "Polyline label")
         .Input(kTypeNumber, "color", 0.0, "Polyline color. 0 = use default color")

@@ -9,8 +9,6 @@
 namespace zet {
 namespace {
 
-constexpr const char* kCat = kSystemCategory;
-
 // Fills a string-array output with `items`; an empty list leaves the output as it was.
 void SetList(const CArgs& a, const CStdStrVector& items) {
   if (items.empty()) return;
@@ -22,9 +20,9 @@ void SetList(const CArgs& a, const CStdStrVector& items) {
 class CGetEnvVars final : public TInstr<CGetEnvVars> {
  public:
   static void Describe(CDescriber& d) {
-    d.Name("GetEnvVars").Category(kCat).Ident("_Zet_System_CGetEnvVars_", 460168)
-        .Description("Returns an array of strings, each element containing a pair of the form "
-                     "ENV_VAR=string .")
+    d.Head("GetEnvVars",
+           "Returns an array of strings, each element containing a pair of the form "
+           "ENV_VAR=string .")
         .Output(kTypeStringArray, "env vars");
   }
   int Execute(IXInstrContext* ctx) override {
@@ -38,9 +36,9 @@ class CGetEnvVars final : public TInstr<CGetEnvVars> {
 class CGetEnvNames final : public TInstr<CGetEnvNames> {
  public:
   static void Describe(CDescriber& d) {
-    d.Name("GetEnvNames").Category(kCat).Ident("_Zet_System_CGetEnvNames_", 460169)
-        .Description("Returns an array of strings, each element containing the name of an "
-                     "environment variable.")
+    d.Head("GetEnvNames",
+           "Returns an array of strings, each element containing the name of an "
+           "environment variable.")
         .Output(kTypeStringArray, "env var names");
   }
   int Execute(IXInstrContext* ctx) override {
@@ -57,8 +55,7 @@ class CGetEnvNames final : public TInstr<CGetEnvNames> {
 class CGetEnv final : public TInstr<CGetEnv> {
  public:
   static void Describe(CDescriber& d) {
-    d.Name("GetEnv").Category(kCat).Ident("_Zet_System_CGetEnv_", 460170)
-        .Description("Returns the value of the specified environment variable.")
+    d.Head("GetEnv", "Returns the value of the specified environment variable.")
         .Input(kTypeString, "env var name", kEmptyText)
         .Output(kTypeString, "env var value");
   }
@@ -74,8 +71,7 @@ class CGetEnv final : public TInstr<CGetEnv> {
 class CSetEnv final : public TInstr<CSetEnv> {
  public:
   static void Describe(CDescriber& d) {
-    d.Name("SetEnv").Category(kCat).Ident("_Zet_System_CSetEnv_", 460171)
-        .Description("Sets the value of the specified environment variable.")
+    d.Head("SetEnv", "Sets the value of the specified environment variable.")
         .Input(kTypeString, "env var name", kEmptyText)
         .Input(kTypeString, "env var value", kEmptyText);
   }

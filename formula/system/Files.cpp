@@ -9,8 +9,6 @@
 namespace zet {
 namespace {
 
-constexpr const char* kCat = kSystemCategory;
-
 // Sets "result" and reports `text` when it is a failure.
 void Result(const CArgs& a, const char* source, const CStdStr* failure) {
   a.Out(0) = failure == nullptr;
@@ -20,8 +18,7 @@ void Result(const CArgs& a, const char* source, const CStdStr* failure) {
 class CFileExists final : public TInstr<CFileExists> {
  public:
   static void Describe(CDescriber& d) {
-    d.Name("FileExists").Category(kCat).Ident("_Zet_System_CFileExists_", 460172)
-        .Description("Returns true if the specified file exists, false otherwise.")
+    d.Head("FileExists", "Returns true if the specified file exists, false otherwise.")
         .Input(kTypeString, "filename", "")
         .Output(kTypeBool, "file exists");
   }
@@ -36,8 +33,7 @@ class CFileExists final : public TInstr<CFileExists> {
 class CFileDelete final : public TInstr<CFileDelete> {
  public:
   static void Describe(CDescriber& d) {
-    d.Name("FileDelete ").Category(kCat).Ident("_Zet_System_CFileDelete_", 460230)
-        .Description("Deletes the specified file. It will succeed even if the file doesn't "
+    d.Head("FileDelete ", "Deletes the specified file. It will succeed even if the file doesn't "
                      "exist.")
         .Input(kTypeString, "filename", "")
         .Output(kTypeBool, "result");
@@ -74,8 +70,7 @@ const char* CreateFolderText(int code) {
 class CFolderCreate final : public TInstr<CFolderCreate> {
  public:
   static void Describe(CDescriber& d) {
-    d.Name("FolderCreate ").Category(kCat).Ident("_Zet_System_CFolderCreate_", 460231)
-        .Description("Creates a folder with the specified name.")
+    d.Head("FolderCreate ", "Creates a folder with the specified name.")
         .Input(kTypeString, "name", "")
         .Output(kTypeBool, "result");
   }
@@ -101,8 +96,7 @@ class CFolderCreate final : public TInstr<CFolderCreate> {
 class CFolderDelete final : public TInstr<CFolderDelete> {
  public:
   static void Describe(CDescriber& d) {
-    d.Name("FolderDelete ").Category(kCat).Ident("_Zet_System_CFolderDelete_", 460232)
-        .Description("Deletes a folder with the specified name.")
+    d.Head("FolderDelete ", "Deletes a folder with the specified name.")
         .Input(kTypeString, "name", "", "Acts recursively on all files and folders")
         .Output(kTypeBool, "result");
   }
@@ -133,8 +127,7 @@ int Transfer(const CArgs& a, const char* source, const char* verb, bool ok) {
 class CFileCopy final : public TInstr<CFileCopy> {
  public:
   static void Describe(CDescriber& d) {
-    d.Name("FileCopy ").Category(kCat).Ident("_Zet_System_CFileCopy_", 460233)
-        .Description("Copies the source file to the destination file")
+    d.Head("FileCopy ", "Copies the source file to the destination file")
         .Input(kTypeString, "source", "")
         .Input(kTypeString, "destination", "")
         .Input(kTypeBool, "failIfExists", false,
@@ -150,8 +143,7 @@ class CFileCopy final : public TInstr<CFileCopy> {
 class CFileMove final : public TInstr<CFileMove> {
  public:
   static void Describe(CDescriber& d) {
-    d.Name("FileMove ").Category(kCat).Ident("_Zet_System_CFileMove_", 460234)
-        .Description("Moves the source file to the specified destination.")
+    d.Head("FileMove ", "Moves the source file to the specified destination.")
         .Input(kTypeString, "source", "")
         .Input(kTypeString, "destination", "")
         .Output(kTypeBool, "result");
@@ -167,8 +159,7 @@ class CFileMove final : public TInstr<CFileMove> {
 class CDiskSpace final : public TInstr<CDiskSpace> {
  public:
   static void Describe(CDescriber& d) {
-    d.Name("DiskSpace").Category(kCat).Ident("_Zet_System_CDiskSpace_", 460278)
-        .Description("Returns the amount of free and total space on specified disk drive")
+    d.Head("DiskSpace", "Returns the amount of free and total space on specified disk drive")
         .ParamChoice("Parameters", "size units", "Select units to report sizes in", 0, 0, 3,
                      {{0, "Bytes"}, {1, "Kilobytes"}, {2, "Megabytes"}, {3, "Gigabytes"}})
         .Input(kTypeString, "disk name", "C:\\", "Report free space on this disk, e.g. C:\\")

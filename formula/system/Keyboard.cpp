@@ -9,7 +9,6 @@
 namespace zet {
 namespace {
 
-constexpr const char* kCat = "IO: Keyboard";
 constexpr const char* kKeyCodeText =
     "A numeric virtual-key code between 1 and 255; mouse buttons not accepted";
 
@@ -46,8 +45,7 @@ int TestOneKey(const CArgs& a, int key) {
 class CZetKbdTestOneKey final : public TInstr<CZetKbdTestOneKey> {
  public:
   static void Describe(CDescriber& d) {
-    d.Name("Test one key (number)").Category(kCat).Ident("_Zet_TestOneKey_", 460199)
-        .Description("Tests for a specific key press")
+    d.Head("Test one key (number)", "Tests for a specific key press")
         .Input(kTypeNumber, "key code", 0.0, kKeyCodeText)
         .Output(kTypeBool, "pressed");
   }
@@ -60,8 +58,7 @@ class CZetKbdTestOneKey final : public TInstr<CZetKbdTestOneKey> {
 class CZetKbdTestOneKeyStr final : public TInstr<CZetKbdTestOneKeyStr> {
  public:
   static void Describe(CDescriber& d) {
-    d.Name("Test one key (string)").Category(kCat).Ident("_Zet_TestOneKeyStr_", 460201)
-        .Description("Tests for a specific key press")
+    d.Head("Test one key (string)", "Tests for a specific key press")
         .Input(kTypeString, "key code", "", kKeyCodeText)
         .Output(kTypeBool, "pressed");
   }
@@ -75,8 +72,7 @@ class CZetKbdTestOneKeyStr final : public TInstr<CZetKbdTestOneKeyStr> {
 class CZetKbdTestAnyKey final : public TInstr<CZetKbdTestAnyKey> {
  public:
   static void Describe(CDescriber& d) {
-    d.Name("Test any key").Category(kCat).Ident("_Zet_TestAnyChar_", 460200)
-        .Description("Tests for any key press")
+    d.Head("Test any key", "Tests for any key press")
         .Output(kTypeBool, "pressed")
         .Output(kTypeNumber, "virtual-key code; mouse buttons not accepted");
   }

@@ -9,14 +9,11 @@
 namespace zet {
 namespace {
 
-constexpr const char* kCat = kSystemCategory;
 constexpr unsigned kSimpleBeep = 0xFFFFFFFFu;
 
 class CSystemBeep final : public TInstr<CSystemBeep> {
  public:
-  static void Describe(CDescriber& d) {
-    d.Name("Beep").Category(kCat).Ident("_Zet_System_CSystemBeep_", 460173).Description("Beeps");
-  }
+  static void Describe(CDescriber& d) { d.Head("Beep", "Beeps"); }
   int Execute(IXInstrContext*) override {
     CZetOs::PlayMessageBeep(kSimpleBeep);
     return kOk;
@@ -27,9 +24,7 @@ class CSystemBeep final : public TInstr<CSystemBeep> {
 class CSystemRandom final : public TInstr<CSystemRandom> {
  public:
   static void Describe(CDescriber& d) {
-    d.Name("Random").Category(kCat).Ident("_Zet_System_CSystemRandom_", 460192)
-        .Description("Generates random number from [0..1)")
-        .Output(kTypeNumber, "random");
+    d.Head("Random", "Generates random number from [0..1)").Output(kTypeNumber, "random");
   }
   int Execute(IXInstrContext* ctx) override {
     CArgs(ctx).Out(0) = CZetOs::Rand() * 3.0517578125e-05;
@@ -40,8 +35,7 @@ class CSystemRandom final : public TInstr<CSystemRandom> {
 class CSystemRandomSeed final : public TInstr<CSystemRandomSeed> {
  public:
   static void Describe(CDescriber& d) {
-    d.Name("Random Seed").Category(kCat).Ident("_Zet_System_CSystemRandomSeed_", 460283)
-        .Description("Seeds the random number generator")
+    d.Head("Random Seed", "Seeds the random number generator")
         .ParamInt("Parameters", "seed", "'Random' generator seed. 0=ignore, 1=reinitialize", 0, 0,
                   32767, 5);
   }
@@ -57,17 +51,21 @@ class CSystemRandomSeed final : public TInstr<CSystemRandomSeed> {
 class CSystemMsgBox final : public TInstr<CSystemMsgBox> {
  public:
   static void Describe(CDescriber& d) {
-    d.Name("Message Box ").Category(kCat).Ident("_Zet_System_CSystemMsgBox_", 460213)
-        .Description("Displays a message box and waits for the user to dismiss it pausing "
-                     "program execution in the meantime. The message box is application "
-                     "modal.\nReturn values for the buttons are:\n 1 for OK\n2 for Cancel\n3 for "
-                     "Abort\n4 for Retry\n5 for Ignore\n6 for Yes\n7 for No")
-        .ParamChoice("Message box", "button(s)", "The button(s) to be used with the message box",
-                     0, 0, 5,
-                     {{0, "OK"}, {1, "OK / Cancel"}, {5, "Retry / Cancel"}, {4, "Yes / No"},
-                      {3, "Yes / No / Cancel"}, {2, "Abort / Retry / Ignore"}})
-        .ParamChoice("Message box", "icon", "The icon to be used with the message box", 64, 16,
-                     64, {{64, "Information"}, {48, "Warning"}, {32, "Question"}, {16, "Error"}})
+    d.Head("Message Box ",
+           "Displays a message box and waits for the user to dismiss it pausing "
+           "program execution in the meantime. The message box is application "
+           "modal.\nReturn values for the buttons are:\n 1 for OK\n2 for Cancel\n3 for "
+           "Abort\n4 for Retry\n5 for Ignore\n6 for Yes\n7 for No")
+        .ParamChoice("Message box", "button(s)", "The button(s) to be used with the message box", 0,
+                     0, 5,
+                     {{0, "OK"},
+                      {1, "OK / Cancel"},
+                      {5, "Retry / Cancel"},
+                      {4, "Yes / No"},
+                      {3, "Yes / No / Cancel"},
+                      {2, "Abort / Retry / Ignore"}})
+        .ParamChoice("Message box", "icon", "The icon to be used with the message box", 64, 16, 64,
+                     {{64, "Information"}, {48, "Warning"}, {32, "Question"}, {16, "Error"}})
         .ParamChoice("Message box", "default button", "The default button", 0, 0, 512,
                      {{0, "Button 1"}, {256, "Button 2"}, {512, "Button 3"}})
         .Input(kTypeString, "title", "Message Box instruction", "Message box's title")
@@ -89,11 +87,14 @@ class CSystemMsgBox final : public TInstr<CSystemMsgBox> {
 class CSystemMsgBeep final : public TInstr<CSystemMsgBeep> {
  public:
   static void Describe(CDescriber& d) {
-    d.Name("Message Beep ").Category(kCat).Ident("_Zet_System_CSystemMsgBeep_", 460214)
-        .Description("Generates the system sound for selected event.")
+    d.Head("Message Beep ", "Generates the system sound for selected event.")
         .ParamChoice("Message beep", "MB_OK", "The sound/beep type to be generated", 0, 0, 128,
-                     {{0, "System default"}, {64, "System information"}, {48, "System warning"},
-                      {32, "System question"}, {16, "System error"}, {128, "Simple beep"}});
+                     {{0, "System default"},
+                      {64, "System information"},
+                      {48, "System warning"},
+                      {32, "System question"},
+                      {16, "System error"},
+                      {128, "Simple beep"}});
   }
   int Execute(IXInstrContext* ctx) override {
     const int type = CArgs(ctx).Param(0).AsInt();
@@ -107,11 +108,10 @@ class CSystemGenerateProgramEvent final : public TInstr<CSystemGenerateProgramEv
   static constexpr int kEventCode = 45;
 
   static void Describe(CDescriber& d) {
-    d.Name("Generate Engine Control Event ").Category(kCat)
-        .Ident("_Zet_System_CSystemGenerateProgramEvent_", 460217)
-        .Description("Generates an event call in QEngine Control (ZetEngCtrl.dll). This "
-                     "instruction will cause an event handler to be invoked in your VB/VC/C# "
-                     "program.")
+    d.Head("Generate Engine Control Event ",
+           "Generates an event call in QEngine Control (ZetEngCtrl.dll). This "
+           "instruction will cause an event handler to be invoked in your "
+           "VB/VC/C# program.")
         .ParamInt("Parameters", "event id", nullptr, 0, INT32_MIN, INT32_MAX);
   }
   int Execute(IXInstrContext* ctx) override {
@@ -125,8 +125,7 @@ class CSystemGenerateProgramEvent final : public TInstr<CSystemGenerateProgramEv
 class CLog final : public TInstr<CLog> {
  public:
   static void Describe(CDescriber& d) {
-    d.Name("Log ").Category(kCat).Ident("_Zet_System_CLog_", 460235)
-        .Description("Logs a message in the application log")
+    d.Head("Log ", "Logs a message in the application log")
         .ParamChoice("Log level", "", "The level of severity: INFO or DEBUG", 2, 1, 2,
                      {{2, "Information"}, {1, "Debug"}})
         .Input(kTypeString, "message", kEmptyText, "The message to be logged");

@@ -7,8 +7,6 @@
 
 namespace zet {
 
-inline constexpr const char* kSystemCategory = "IO: System";
-
 // The milliseconds Sleep passes on: the number truncated toward zero to a 64-bit
 // integer (NaN and values beyond its range give INT64_MIN, the processor's "integer
 // indefinite"), of which the low 32 bits are kept. So 0.9 sleeps 0 ms and -1 becomes

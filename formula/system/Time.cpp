@@ -6,14 +6,10 @@
 namespace zet {
 namespace {
 
-constexpr const char* kCat = kSystemCategory;
-
 class CGetMiliSecCount final : public TInstr<CGetMiliSecCount> {
  public:
   static void Describe(CDescriber& d) {
-    d.Name("GetMilliSecCount").Category(kCat).Ident("_GetMiliSecCount_", 460160)
-        .Description("Get system millisecond count")
-        .Output(kTypeNumber, "count");
+    d.Head("GetMilliSecCount", "Get system millisecond count").Output(kTypeNumber, "count");
   }
   int Execute(IXInstrContext* ctx) override {
     CArgs(ctx).Out(0) = CZetOs::GetMSecTime();
@@ -25,9 +21,9 @@ class CGetMiliSecCount final : public TInstr<CGetMiliSecCount> {
 class CGetTimeDiff final : public TInstr<CGetTimeDiff> {
  public:
   static void Describe(CDescriber& d) {
-    d.Name("GetTimeDiff").Category(kCat).Ident("_Zet_System_CGetTimeDiff_", 460161)
-        .Description("Returns the difference between the current time and a specified time - "
-                     "all in milliseconds.")
+    d.Head("GetTimeDiff",
+           "Returns the difference between the current time and a specified time - "
+           "all in milliseconds.")
         .Input(kTypeNumber, "time in ms", 0.0)
         .Output(kTypeNumber, "time difference");
   }
@@ -55,8 +51,7 @@ int FormatNow(const CArgs& a, EText kind, const char* picture) {
 class CGetDate final : public TInstr<CGetDate> {
  public:
   static void Describe(CDescriber& d) {
-    d.Name("GetDate").Category(kCat).Ident("_Zet_System_CGetDate_", 460163)
-        .Description("Returns the local date as a string in the format dd/mm/yy.")
+    d.Head("GetDate", "Returns the local date as a string in the format dd/mm/yy.")
         .Output(kTypeString, "date");
   }
   int Execute(IXInstrContext* ctx) override {
@@ -67,9 +62,9 @@ class CGetDate final : public TInstr<CGetDate> {
 class CGetTime final : public TInstr<CGetTime> {
  public:
   static void Describe(CDescriber& d) {
-    d.Name("GetTime").Category(kCat).Ident("_Zet_System_CGetTime_", 460164)
-        .Description("Returns the local time as a string in the format hh:mm:ss.Uses the 24 hour "
-                     "clock.")
+    d.Head("GetTime",
+           "Returns the local time as a string in the format hh:mm:ss.Uses the 24 hour "
+           "clock.")
         .Output(kTypeString, "time");
   }
   int Execute(IXInstrContext* ctx) override {
@@ -80,9 +75,9 @@ class CGetTime final : public TInstr<CGetTime> {
 class CGetDateFormat final : public TInstr<CGetDateFormat> {
  public:
   static void Describe(CDescriber& d) {
-    d.Name("GetDateFormat").Category(kCat).Ident("_Zet_System_CGetDateFormat_", 460165)
-        .Description("Returns the local date as a string in the format specified. See the help "
-                     "for more info.")
+    d.Head("GetDateFormat",
+           "Returns the local date as a string in the format specified. See the help "
+           "for more info.")
         .Input(kTypeString, "date format", kEmptyText)
         .Output(kTypeString, "formatted date");
   }
@@ -95,9 +90,9 @@ class CGetDateFormat final : public TInstr<CGetDateFormat> {
 class CGetTimeFormat final : public TInstr<CGetTimeFormat> {
  public:
   static void Describe(CDescriber& d) {
-    d.Name("GetTimeFormat").Category(kCat).Ident("_Zet_System_CGetTimeFormat_", 460166)
-        .Description("Returns the local time as a string in the specified format. See the help "
-                     "for more info.")
+    d.Head("GetTimeFormat",
+           "Returns the local time as a string in the specified format. See the help "
+           "for more info.")
         .Input(kTypeString, "time format", kEmptyText)
         .Output(kTypeString, "formatted time");
   }
@@ -110,8 +105,7 @@ class CGetTimeFormat final : public TInstr<CGetTimeFormat> {
 class CSleep final : public TInstr<CSleep> {
  public:
   static void Describe(CDescriber& d) {
-    d.Name("Sleep").Category(kCat).Ident("_Zet_System_CSleep_", 460167)
-        .Description("Suspends execution for a given number of milliseconds.")
+    d.Head("Sleep", "Suspends execution for a given number of milliseconds.")
         .Input(kTypeNumber, "milliseconds", 0.0);
   }
   int Execute(IXInstrContext* ctx) override {
@@ -154,16 +148,15 @@ unsigned TimerIndex(IXInstrContext* ctx) {
 }
 
 CDescriber& Stopwatch(CDescriber& d) {
-  return d.Category(kCat).ParamInt("Parameters", "index", nullptr, 0, 0, 255);
+  return d.ParamInt("Parameters", "index", nullptr, 0, 0, 255);
 }
 
 class CSystemStopwatchStart final : public TInstr<CSystemStopwatchStart> {
  public:
   static void Describe(CDescriber& d) {
-    Stopwatch(d.Name("Stopwatch Start "))
-        .Ident("_Zet_System_CSystemStopwatchStart_", 460220)
-        .Description("Starts the stopwatch at index. If the stopwatch is already running it will "
-                     "be restarted.");
+    Stopwatch(d.Head("Stopwatch Start ",
+                     "Starts the stopwatch at index. If the stopwatch is already running it will "
+                     "be restarted."));
   }
   int Execute(IXInstrContext* ctx) override {
     const unsigned index = TimerIndex(ctx);
@@ -178,10 +171,9 @@ class CSystemStopwatchStart final : public TInstr<CSystemStopwatchStart> {
 class CSystemStopwatchStop final : public TInstr<CSystemStopwatchStop> {
  public:
   static void Describe(CDescriber& d) {
-    Stopwatch(d.Name("Stopwatch Stop "))
-        .Ident("_Zet_System_CSystemStopwatchStop_", 460221)
-        .Description("Stops the stopwatch at index. If the stopwatch is not running it returns "
-                     "zero.")
+    Stopwatch(d.Head("Stopwatch Stop ",
+                     "Stops the stopwatch at index. If the stopwatch is not running it returns "
+                     "zero."))
         .Output(kTypeNumber, "elapsed ms");
   }
   int Execute(IXInstrContext* ctx) override {

@@ -13,22 +13,37 @@
 #include "zet/ZetObject.h"
 #include "zet/ZetTypes.h"
 
-// Descriptor type codes (a numbering of their own, distinct from ZET_OBJ_TYPE).
+// Descriptor type codes (a numbering of their own, distinct from ZET_OBJ_TYPE):
+// the rows of ZetTypes.def.
 enum : int {
-  kTypeBool = 256,
-  kTypeInt = 257,
-  kTypeNumber = 258,
-  kTypeString = 259,
-  kTypePoint = 260,
-  kTypeLine = 261,
-  kTypeImage = 262,
-  kTypeChoice = 263,
-  kTypeBoolArray = 512,
-  kTypeNumberArray = 514,
-  kTypeStringArray = 515,
-  kTypePointArray = 516,
-  kTypeLineArray = 517,
+#define ZET_TYPE(Code, Number, ...) Code = Number,
+#include "zet/ZetTypes.def"
 };
+
+// A descriptor type's row of ZetTypes.def: its value kind, its element type's
+// code (array types; 0 for the others), the catalogue's name and the name a
+// program's variable declares (nullptr: none).
+struct SZetTypeInfo {
+  int code = 0;
+  ZET_OBJ_TYPE kind = ZET_OBJ_UNTYPED;
+  int element = 0;
+  const char* display = nullptr;
+  const char* program = nullptr;
+};
+
+inline constexpr SZetTypeInfo kZetTypeInfos[] = {
+#define ZET_TYPE(Code, Number, Value, Kind, Display, Program) {Code, Kind, 0, Display, Program},
+#define ZET_ARRAY_TYPE(Code, Number, Value, Kind, Display, Program, Element) \
+  {Code, Kind, Element, Display, Program},
+#include "zet/ZetTypes.def"
+};
+
+// The row of a descriptor type code, or nullptr for a code that is none.
+constexpr const SZetTypeInfo* ZetTypeInfo(int code) {
+  for (const SZetTypeInfo& t : kZetTypeInfos)
+    if (t.code == code) return &t;
+  return nullptr;
+}
 
 // Service ids of IXInstrContext::GetService.
 enum : int {

@@ -223,6 +223,10 @@ ZET_HOST_API std::string CatalogJson(CZetPluginModule& module);
 ZET_HOST_API std::string CatalogMarkdown(CZetPluginModule& module);
 ZET_HOST_API std::string DescribeText(CZetPluginModule& module, int index);
 ZET_HOST_API std::string ListText(CZetPluginModule& module);
+// The effects (include/zet/ZetEffects.h) an instruction of this project's
+// plug-in declares, by identifier; false for an identifier its registry does
+// not hold.
+ZET_HOST_API bool InstrEffects(const char* ident, unsigned* effects);
 
 // Image files: PGM and PNG in, PGM and PNG out, and the digest zet prints for an image
 // output.

@@ -14,6 +14,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cctype>
 #include <exception>
 #include <initializer_list>
 #include <memory>
@@ -44,6 +45,20 @@ CZetObject StrArr(std::initializer_list<const char*> v);
 CZetObject BoolArr(std::initializer_list<bool> v);
 CZetObject PtArr(std::initializer_list<CZetPoint> v);  // PtArr({{1, 2}, {3, 4}})
 CZetObject LnArr(std::initializer_list<CZetLine> v);   // LnArr({{0.5, 10}}): angle first
+
+// Every registry position (0-based), and a test name for one, for suites
+// parameterised over the registry: "12_Zet_Numeric_RemainderNumbers_".
+inline std::vector<int> AllIndexes() {
+  std::vector<int> v;
+  for (int i = 0; i < Module().Count(); ++i) v.push_back(i);
+  return v;
+}
+inline std::string IndexName(const testing::TestParamInfo<int>& p) {
+  std::string s = Module().At(p.param)->GetInfo()->ident;
+  for (char& c : s)
+    if (!isalnum(static_cast<unsigned char>(c))) c = '_';
+  return std::to_string(p.param + 1) + s;
+}
 
 // True when `e` holds an exception of type E.
 template <class E>

@@ -281,23 +281,5 @@ TEST_F(Geometric, RakeLineFitInDegrees) {
   EXPECT_EQ(Exec("RakeLineFit", {V(0.0), pts, V(0.0), V(5.0)}).Out(0).AsDouble(), 11);
 }
 
-TEST_F(Geometric, MillionPoints) {
-  CZetObject pts(ZET_OBJ_POINT_ARRAY);
-  CZetPointVector& v = pts.Ref<CZetPointVector>();
-  v.Resize(1000000);
-  for (unsigned i = 0; i < v.Size(); ++i) {
-    const double t = 2 * kPi * i / v.Size();
-    v[i] = CZetPoint(500 + 200 * std::cos(t), 400 + 200 * std::sin(t) + (i % 7 == 0 ? 50 : 0));
-  }
-  const CRun circle = Exec("PtsToBestCircle", {V(20.0), pts, V(true), V(1.0), V(-1.0)});
-  ASSERT_EQ(circle.status, 0);
-  EXPECT_NEAR(circle.Out(0).AsDouble(), 400, 1e-6);
-  const CRun line = Exec("PtsToBestLine", {V(50.0), pts});
-  EXPECT_EQ(line.status, 0);
-  EXPECT_EQ(line.Out(0).AsDouble(), 500000);
-  const CRun dist = Exec("PtsToLnDist", {pts, V(CZetLine(0, 400))});
-  EXPECT_EQ(Nums(dist.Out(0)).size(), 1000000u);
-}
-
 }  // namespace
 }  // namespace zet::test
