@@ -87,11 +87,11 @@ SDd Div(SDd x, double d) {
 
 // ---- the definition ----
 
-// The definition's buffer, S followed by its first t - 1 values again, read in place:
-// element j < s + t - 1.
-class CCircle {
+// A wrap-around view of S: S followed by its first t - 1 values again, as the
+// definition's buffer holds them, read in place: element j < s + t - 1.
+class CWrapView {
  public:
-  explicit CCircle(const std::vector<double>& s) : m_p(s.data()), m_n(s.size()) {}
+  explicit CWrapView(const std::vector<double>& s) : m_p(s.data()), m_n(s.size()) {}
   double operator[](size_t j) const { return m_p[j < m_n ? j : j - m_n]; }
 
  private:
@@ -105,7 +105,7 @@ struct SScore {
 };
 
 // Window k against the template's deviations tp (T - mT) and norm dT, as defined.
-SScore DefinitionWindow(const CCircle& b, size_t k, const std::vector<double>& tp, double dT) {
+SScore DefinitionWindow(const CWrapView& b, size_t k, const std::vector<double>& tp, double dT) {
   const size_t t = tp.size();
   double sum = 0.0;
   for (size_t i = 0; i < t; ++i) sum += b[k + i];
@@ -164,136 +164,196 @@ class CFftCross {
   double m_unscale = 1.0, m_log2n = 0.0;
 };
 
-// Writes the score of window k to out[(k + shift) mod s]; returns the invalid count.
-size_t Correlate(const std::vector<double>& search, const std::vector<double>& tmpl, double* out,
-                 size_t shift) {
-  const size_t s = search.size(), t = tmpl.size();
-  const double tf = static_cast<double>(t);
-  const auto put = [&](size_t k, double score) {
-    out[k + shift < s ? k + shift : k + shift - s] = score;
-  };
+// ---- the steps of one correlation ----
 
-  // The template exactly as the definition computes it.
+// The template as the definition computes it: deviations tp = T - mT, norm dT,
+// and sum(tp) exactly.
+struct STemplate {
+  std::vector<double> tp;
+  double dT = 0.0;
+  SDd tau;
+  bool finite = true;
+  bool fast = false;  // neither huge values nor a tiny spread: the fast form applies
+};
+
+STemplate PrepareTemplate(const std::vector<double>& tmpl) {
+  const size_t t = tmpl.size();
   double sumT = 0.0;
   for (double x : tmpl) sumT += x;
-  const double mT = sumT / tf;
-  std::vector<double> tp(t);
+  const double mT = sumT / static_cast<double>(t);
+  STemplate r;
+  r.tp.resize(t);
   double sqT = 0.0, maxT = 0.0;
-  bool finiteT = true;
-  SDd tau;  // sum(tp)
   for (size_t i = 0; i < t; ++i) {
-    tp[i] = tmpl[i] - mT;
-    sqT += tp[i] * tp[i];
-    tau = Add(tau, {tp[i], 0.0});
-    finiteT = finiteT && std::isfinite(tmpl[i]);
+    r.tp[i] = tmpl[i] - mT;
+    sqT += r.tp[i] * r.tp[i];
+    r.tau = Add(r.tau, {r.tp[i], 0.0});
+    r.finite = r.finite && std::isfinite(tmpl[i]);
     maxT = std::fmax(maxT, std::fabs(tmpl[i]));
   }
-  const double dT = std::sqrt(sqT);
-  if (!finiteT) {  // every window then has a NaN denominator and a NaN score
-    std::fill_n(out, s, std::nan(""));
-    return 0;
+  r.dT = std::sqrt(sqT);
+  r.fast = maxT <= kHuge && r.dT >= kTinyDev;
+  return r;
+}
+
+// The search values shifted by the mean c of its plain values: V = B - c over
+// the plain values, 0 elsewhere.
+class CShiftedSearch {
+ public:
+  CShiftedSearch(const std::vector<double>& search, size_t t) : m_b(search) {
+    double sum = 0.0;
+    size_t n = 0;
+    for (double x : search)
+      if (Plain(x)) {
+        sum += x;
+        ++n;
+      }
+    m_c = n ? sum / static_cast<double>(n) : 0.0;
+    double sq = 0.0;
+    for (size_t j = 0; j < search.size() + t - 1; ++j) sq += (*this)(j) * (*this)(j);
+    m_norm = std::sqrt(sq);
   }
-  const bool fastTemplate = maxT <= kHuge && dT >= kTinyDev;
+  static bool Plain(double x) { return std::isfinite(x) && std::fabs(x) <= kHuge; }
+  const CWrapView& B() const { return m_b; }
+  double operator()(size_t j) const { return Plain(m_b[j]) ? m_b[j] - m_c : 0.0; }
+  double Norm() const { return m_norm; }
 
-  // V = B - c over the plain values (0 elsewhere), c their mean.
-  const CCircle b(search);
-  const auto plain = [](double x) { return std::isfinite(x) && std::fabs(x) <= kHuge; };
-  double sumPlain = 0.0;
-  size_t nPlain = 0;
-  for (double x : search)
-    if (plain(x)) {
-      sumPlain += x;
-      ++nPlain;
-    }
-  const double c = nPlain ? sumPlain / static_cast<double>(nPlain) : 0.0;
-  const auto v = [&](size_t j) { return plain(b[j]) ? b[j] - c : 0.0; };
-  double vSq = 0.0;
-  for (size_t j = 0; j < s + t - 1; ++j) vSq += v(j) * v(j);
-  const double vNorm = std::sqrt(vSq);
-  const bool direct = t <= kDirectUpTo;
-  std::optional<CFftCross> fft;
-  if (fastTemplate && dT != 0.0 && !direct) fft.emplace(v, s, tp, vNorm, dT);
+ private:
+  CWrapView m_b;
+  double m_c = 0.0;
+  double m_norm = 0.0;
+};
 
-  // Sliding state of window k: sums of V, V^2 and |B| over its plain values, and the
-  // counts of its non-finite values, its huge values and its adjacent unequal pairs.
+// The sliding state of window k: sums of V, V^2 and |B| over its plain values,
+// and the counts of its non-finite values, its huge values and its adjacent
+// unequal pairs.
+class CSlidingWindow {
+ public:
+  CSlidingWindow(const CShiftedSearch& v, size_t t) : m_v(v), m_t(t) {
+    const CWrapView& b = v.B();
+    for (size_t i = 0; i < t; ++i) Slide(i, 1);
+    for (size_t i = 0; i + 1 < t; ++i) changes += !SameBits(b[i], b[i + 1]);
+  }
+  // From window k - 1 to window k (k > 0).
+  void Advance(size_t k) {
+    const CWrapView& b = m_v.B();
+    Slide(k - 1, -1);
+    Slide(k + m_t - 1, 1);
+    if (m_t > 1) changes += !SameBits(b[k + m_t - 2], b[k + m_t - 1]) - !SameBits(b[k - 1], b[k]);
+  }
+
   SDd sumV, sumSq, sumAbs;
   int64_t nonFinite = 0, huge = 0, changes = 0;
-  const auto slide = [&](size_t j, int sign) {
-    if (!std::isfinite(b[j])) {
+
+ private:
+  void Slide(size_t j, int sign) {
+    const double bj = m_v.B()[j];
+    if (!std::isfinite(bj)) {
       nonFinite += sign;
-    } else if (!plain(b[j])) {
+    } else if (!CShiftedSearch::Plain(bj)) {
       huge += sign;
     } else {
-      const double vj = v(j);
+      const double vj = m_v(j);
       const SDd sq = TwoProd(vj, vj);
       sumV = Add(sumV, {sign * vj, 0.0});
       sumSq = Add(sumSq, sign > 0 ? sq : Neg(sq));
-      sumAbs = Add(sumAbs, {sign * std::fabs(b[j]), 0.0});
+      sumAbs = Add(sumAbs, {sign * std::fabs(bj), 0.0});
     }
-  };
-  for (size_t i = 0; i < t; ++i) slide(i, 1);
-  for (size_t i = 0; i + 1 < t; ++i) changes += !SameBits(b[i], b[i + 1]);
-  // A constant window's exact score depends on its value only.
-  bool haveCached = false;
-  double cachedValue = 0.0;
-  SScore cached{0.0, false};
-  size_t invalid = 0;
+  }
+  const CShiftedSearch& m_v;
+  size_t m_t;
+};
 
+// The fast score of window k, or nothing when the estimated difference from the
+// definition's rounding exceeds kBudget (the window is then computed exactly).
+std::optional<double> FastScore(const STemplate& tm, const CShiftedSearch& v,
+                                const CSlidingWindow& w, const std::optional<CFftCross>& fft,
+                                size_t k) {
+  const size_t t = tm.tp.size();
+  const double tf = static_cast<double>(t);
+  const SDd sww = Add(w.sumSq, Neg(Div(Mul(w.sumV, w.sumV), tf)));
+  const double swwF = sww.hi + sww.lo;
+  if (!(swwF >= kTinyDev * kTinyDev)) return std::nullopt;
+  const double sw = std::sqrt(swwF);
+  const double qv = std::sqrt(w.sumSq.hi + w.sumSq.lo);
+  double cross = 0.0, crossError = 0.0;  // the error over dT
+  if (fft) {
+    cross = (*fft)(k);
+    crossError = fft->Error() * v.Norm();
+  } else {
+    for (size_t i = 0; i < t; ++i) cross += v(k + i) * tm.tp[i];
+    crossError = tf * kU * qv;
+  }
+  // sum((W - mW) tp) = sum(V tp) - mean(V) sum(tp).
+  const double meanV = (w.sumV.hi + w.sumV.lo) / tf;
+  const double score = (cross - meanV * (tm.tau.hi + tm.tau.lo)) / (sw * tm.dT);
+  // Beside the cross sum's error: the rounding of V, and the definition's
+  // rounded mean, off by at most delta, which moves Swt by delta sum(tp) and
+  // Sww by t delta^2.
+  const double delta = kU * (w.sumAbs.hi + w.sumAbs.lo);
+  const double est = crossError / sw + kU * qv / sw * (1.0 + std::fabs(score)) +
+                     delta * std::fabs(tm.tau.hi) / (sw * tm.dT) +
+                     0.5 * tf * (delta / sw) * (delta / sw);
+  if (!(est <= kBudget)) return std::nullopt;
+  return score;
+}
+
+// Windows computed as the definition does it; a constant window's score depends
+// on its value only, so the last constant one is remembered.
+class CExactScores {
+ public:
+  CExactScores(const CWrapView& b, const STemplate& tm) : m_b(b), m_tm(tm) {}
+  SScore At(size_t k, bool constant) {
+    if (constant && m_haveCached && SameBits(m_b[k], m_cachedValue)) return m_cached;
+    const SScore sc = DefinitionWindow(m_b, k, m_tm.tp, m_tm.dT);
+    if (constant) {
+      m_haveCached = true;
+      m_cachedValue = m_b[k];
+      m_cached = sc;
+    }
+    return sc;
+  }
+
+ private:
+  const CWrapView& m_b;
+  const STemplate& m_tm;
+  bool m_haveCached = false;
+  double m_cachedValue = 0.0;
+  SScore m_cached{0.0, false};
+};
+
+// Writes the score of window k to out[(k + shift) mod s]; returns the invalid
+// count.
+size_t Correlate(const std::vector<double>& search, const std::vector<double>& tmpl, double* out,
+                 size_t shift) {
+  const size_t s = search.size(), t = tmpl.size();
+  const STemplate tm = PrepareTemplate(tmpl);
+  if (!tm.finite) {  // every window then has a NaN denominator and a NaN score
+    std::fill_n(out, s, std::nan(""));
+    return 0;
+  }
+  const CShiftedSearch v(search, t);
+  std::optional<CFftCross> fft;
+  if (tm.fast && tm.dT != 0.0 && t > kDirectUpTo)
+    fft.emplace([&](size_t j) { return v(j); }, s, tm.tp, v.Norm(), tm.dT);
+  CSlidingWindow w(v, t);
+  CExactScores exact(v.B(), tm);
+  size_t invalid = 0;
   for (size_t k = 0; k < s; ++k) {
-    if (k > 0) {
-      slide(k - 1, -1);
-      slide(k + t - 1, 1);
-      if (t > 1) changes += !SameBits(b[k + t - 2], b[k + t - 1]) - !SameBits(b[k - 1], b[k]);
-    }
+    if (k > 0) w.Advance(k);
     SScore sc{0.0, false};
-    bool exact = false;
-    if (nonFinite > 0) {
+    if (w.nonFinite > 0) {
       sc.score = std::nan("");  // the window's mean, and so its sums, are NaN
-    } else if (dT == 0.0 && huge == 0) {
+    } else if (tm.dT == 0.0 && w.huge == 0) {
       sc.invalid = true;  // a finite sqrt(Sww) times 0
-    } else if (dT == 0.0 || !fastTemplate || huge > 0) {
-      exact = true;
+    } else if (tm.dT == 0.0 || !tm.fast || w.huge > 0) {
+      sc = exact.At(k, w.changes == 0);
+    } else if (const std::optional<double> fast = FastScore(tm, v, w, fft, k)) {
+      sc.score = *fast;
     } else {
-      const SDd sww = Add(sumSq, Neg(Div(Mul(sumV, sumV), tf)));
-      const double swwF = sww.hi + sww.lo;
-      exact = !(swwF >= kTinyDev * kTinyDev);
-      if (!exact) {
-        const double sw = std::sqrt(swwF);
-        const double qv = std::sqrt(sumSq.hi + sumSq.lo);
-        double cross = 0.0, crossError = 0.0;  // the error over dT
-        if (fft) {
-          cross = (*fft)(k);
-          crossError = fft->Error() * vNorm;
-        } else {
-          for (size_t i = 0; i < t; ++i) cross += v(k + i) * tp[i];
-          crossError = tf * kU * qv;
-        }
-        // sum((W - mW) tp) = sum(V tp) - mean(V) sum(tp).
-        const double meanV = (sumV.hi + sumV.lo) / tf;
-        sc.score = (cross - meanV * (tau.hi + tau.lo)) / (sw * dT);
-        // Beside the cross sum's error: the rounding of V, and the definition's
-        // rounded mean, off by at most delta, which moves Swt by delta sum(tp) and
-        // Sww by t delta^2.
-        const double delta = kU * (sumAbs.hi + sumAbs.lo);
-        const double est = crossError / sw + kU * qv / sw * (1.0 + std::fabs(sc.score)) +
-                           delta * std::fabs(tau.hi) / (sw * dT) +
-                           0.5 * tf * (delta / sw) * (delta / sw);
-        exact = !(est <= kBudget);
-      }
+      sc = exact.At(k, w.changes == 0);
     }
-    if (exact) {
-      if (changes == 0 && haveCached && SameBits(b[k], cachedValue)) {
-        sc = cached;
-      } else {
-        sc = DefinitionWindow(b, k, tp, dT);
-        if (changes == 0) {
-          haveCached = true;
-          cachedValue = b[k];
-          cached = sc;
-        }
-      }
-    }
-    put(k, sc.score);
+    out[k + shift < s ? k + shift : k + shift - s] = sc.score;
     invalid += sc.invalid;
   }
   return invalid;
@@ -302,8 +362,8 @@ size_t Correlate(const std::vector<double>& search, const std::vector<double>& t
 class CNArrMathCorrelateCircular final : public TInstr<CNArrMathCorrelateCircular> {
  public:
   static void Describe(CDescriber& d) {
-    d.Head("CorrelateCircular", 
-            "Output array of normalized correlations between circular template and search arrays")
+    d.Head("CorrelateCircular",
+           "Output array of normalized correlations between circular template and search arrays")
         .Input(kTypeNumberArray, "array_1", {}, "First input array of numbers")
         .Input(kTypeNumberArray, "array_2", {}, "Second input array of numbers")
         .Input(kTypeBool, "align scores", true,

@@ -10,6 +10,24 @@
 namespace zet {
 namespace {
 
+// The circle fits' outputs, in descriptor order.
+enum ECircleFitOut : int {
+  kCircleDiameter,
+  kCircleIncluded,
+  kCircleAvgError,
+  kCircleCenter,
+  kCircleTopLeft,
+  kCircleTopRight,
+  kCircleBottomRight,
+  kCircleBottomLeft,
+  kCircleOutliers,
+  kCircleUsed,
+  kCircleMinDiameter,
+  kCircleMaxDiameter,
+  kCircleCircularity,
+  kCircleOvality,
+  kCircleStdDeviation,
+};
 
 // The inputs before the points, and after (the variadic form); the outputs.
 CDescriber& CircleFitInputs(CDescriber& d, bool variadic) {
@@ -62,19 +80,19 @@ int FitCircle(const CArgs& a, const SCircleFitRequest& r) {
   double diameter = 0, avgError = 0;
   unsigned m = 0;
   CZetPoint c;
-  CZetPointVector& used = a.OutRef<CZetPointVector>(9);
+  CZetPointVector& used = a.OutRef<CZetPointVector>(kCircleUsed);
   const unsigned status = CZetGeometry::Points2BestCircle(
       fit.Data(), fit.Size(), geometry::PercentArg(r.percent), &diameter, &m, &avgError, &c,
-      &a.OutRef<CZetPointVector>(8), &used);
+      &a.OutRef<CZetPointVector>(kCircleOutliers), &used);
   const double R = diameter * 0.5;
-  a.Out(0) = diameter;
-  a.Out(1) = static_cast<double>(m);
-  a.Out(2) = avgError;
-  a.Out(3) = c;
-  a.Out(4) = CZetPoint(c.x - R, c.y - R);
-  a.Out(5) = CZetPoint(c.x + R, c.y - R);
-  a.Out(6) = CZetPoint(c.x + R, c.y + R);
-  a.Out(7) = CZetPoint(c.x - R, c.y + R);
+  a.Out(kCircleDiameter) = diameter;
+  a.Out(kCircleIncluded) = static_cast<double>(m);
+  a.Out(kCircleAvgError) = avgError;
+  a.Out(kCircleCenter) = c;
+  a.Out(kCircleTopLeft) = CZetPoint(c.x - R, c.y - R);
+  a.Out(kCircleTopRight) = CZetPoint(c.x + R, c.y - R);
+  a.Out(kCircleBottomRight) = CZetPoint(c.x + R, c.y + R);
+  a.Out(kCircleBottomLeft) = CZetPoint(c.x - R, c.y + R);
   if (status != CZetGeometry::kFitOk) return kFail;
 
   if (m > 0) {
@@ -88,11 +106,11 @@ int FitCircle(const CArgs& a, const SCircleFitRequest& r) {
     }
     const double dm = static_cast<double>(m);
     const double spread = dm * sum2 - sum * sum;  // rounding may take it below 0
-    a.Out(10) = 2 * rmin;
-    a.Out(11) = 2 * rmax;
-    a.Out(12) = rmin / rmax * 100;
-    a.Out(13) = (rmax - rmin) * 100 / (rmax + rmin);
-    a.Out(14) = spread < 0 ? 0.0 : std::sqrt(spread / (dm * dm));
+    a.Out(kCircleMinDiameter) = 2 * rmin;
+    a.Out(kCircleMaxDiameter) = 2 * rmax;
+    a.Out(kCircleCircularity) = rmin / rmax * 100;
+    a.Out(kCircleOvality) = (rmax - rmin) * 100 / (rmax + rmin);
+    a.Out(kCircleStdDeviation) = spread < 0 ? 0.0 : std::sqrt(spread / (dm * dm));
   }
   if (r.color != -1) {
     const int color = r.color == 0 ? CZetSetting::Inst().GetDefaultAnnotationColor() : r.color;
@@ -105,8 +123,7 @@ int FitCircle(const CArgs& a, const SCircleFitRequest& r) {
 class CPt2BestCircle final : public TInstr<CPt2BestCircle> {
  public:
   static void Describe(CDescriber& d) {
-    CircleFitInputs(d.Head("PtsToBestCircle", "Fits a circle through a set of points"),
-                    false);
+    CircleFitInputs(d.Head("PtsToBestCircle", "Fits a circle through a set of points"), false);
   }
   int Execute(IXInstrContext* ctx) override {
     CArgs a(ctx);
@@ -120,8 +137,9 @@ class CPt2BestCircle final : public TInstr<CPt2BestCircle> {
 class CPt2BestCircleInf final : public TInstr<CPt2BestCircleInf> {
  public:
   static void Describe(CDescriber& d) {
-    CircleFitInputs(d.Head("PtsToBestCircleInf", "Fits a circle through a set of points taken as individual point "
-                              "inputs."),
+    CircleFitInputs(d.Head("PtsToBestCircleInf",
+                           "Fits a circle through a set of points taken as individual point "
+                           "inputs."),
                     true);
   }
   int Execute(IXInstrContext* ctx) override {

@@ -13,8 +13,8 @@
 namespace zet {
 namespace {
 
-
 // The outputs of the line fits and the rake: count, line, outliers, used.
+enum ELineFitOut : int { kLineIncluded, kLineLine, kLineOutliers, kLineUsed };
 CDescriber& LineFitOutputs(CDescriber& d) {
   return d.Output(kTypeNumber, "points included")
       .Output(kTypeLine, "line")
@@ -37,10 +37,10 @@ struct SLineFitRequest {
 // PtsToBestLine and PtsToBestLnInf after the output hint: clear the outputs, test the
 // tolerance and the point count, preprocess, fit, write.
 int FitLine(const CArgs& a, const SLineFitRequest& r) {
-  a.Out(0) = 0.0;
-  a.Out(1) = CZetLine(0, 0);
-  CZetPointVector& outliers = a.OutRef<CZetPointVector>(2);
-  CZetPointVector& used = a.OutRef<CZetPointVector>(3);
+  a.Out(kLineIncluded) = 0.0;
+  a.Out(kLineLine) = CZetLine(0, 0);
+  CZetPointVector& outliers = a.OutRef<CZetPointVector>(kLineOutliers);
+  CZetPointVector& used = a.OutRef<CZetPointVector>(kLineUsed);
   outliers.Resize(0);
   used.Resize(0);
   if (r.emptyBeforeTolerance && r.n == 0) return kOk;
@@ -52,8 +52,8 @@ int FitLine(const CArgs& a, const SLineFitRequest& r) {
   CZetLine line;
   const unsigned status = CZetGeometry::Points2BestLine(
       fit.Data(), fit.Size(), geometry::PercentArg(r.percent), &included, &line, &outliers, &used);
-  a.Out(0) = static_cast<double>(included);
-  a.Out(1) = line;
+  a.Out(kLineIncluded) = static_cast<double>(included);
+  a.Out(kLineLine) = line;
   return status == CZetGeometry::kFitOk ? kOk : kFail;
 }
 
@@ -68,7 +68,7 @@ class CPt2BestLn final : public TInstr<CPt2BestLn> {
     LineFitOutputs(d);
   }
   int Execute(IXInstrContext* ctx) override {
-    ctx->SetOutputHint(2, kOutliersHint);
+    ctx->SetOutputHint(kLineOutliers, kOutliersHint);
     CArgs a(ctx);
     const CZetPointVector& pts = a.Get<CZetPointVector>(1);
     return FitLine(a, {"PtsToBestLine", pts.GetStorage(), pts.Size(), a.Number(0), a.Bool(2),
@@ -88,7 +88,7 @@ class CPt2BestLnInf final : public TInstr<CPt2BestLnInf> {
     LineFitOutputs(d);
   }
   int Execute(IXInstrContext* ctx) override {
-    ctx->SetOutputHint(2, kOutliersHint);
+    ctx->SetOutputHint(kLineOutliers, kOutliersHint);
     CArgs a(ctx);
     const std::vector<CZetPoint> pts = geometry::VariadicPoints(a, 3);
     return FitLine(a, {"PtsToBestLnInf", pts.data(), pts.size(), a.Number(0), a.Bool(1),
@@ -96,11 +96,23 @@ class CPt2BestLnInf final : public TInstr<CPt2BestLnInf> {
   }
 };
 
+// PtsToBestLnMaxOut's outputs, in descriptor order.
+enum EMaxOutOut : int {
+  kMaxOutIncluded,
+  kMaxOutMinDist,
+  kMaxOutMaxDist,
+  kMaxOutMinPoint,
+  kMaxOutMaxPoint,
+  kMaxOutLine,
+  kMaxOutOutliers
+};
+
 class CPt2BestLnMaxOut final : public TInstr<CPt2BestLnMaxOut> {
  public:
   static void Describe(CDescriber& d) {
-    d.Head("PtsToBestLnMaxOut", "Fits a line through a set of points; calculates furthest points above and below "
-              "the line and distances to them")
+    d.Head("PtsToBestLnMaxOut",
+           "Fits a line through a set of points; calculates furthest points above and below "
+           "the line and distances to them")
         .Input(kTypePointArray, "pts")
         .Input(kTypeNumber, "percent outliers", 0.0)
         .Output(kTypeNumber, "pts included")
@@ -114,7 +126,7 @@ class CPt2BestLnMaxOut final : public TInstr<CPt2BestLnMaxOut> {
   // "min dist" is the furthest on the side above a (non-vertical) line, negative;
   // "max dist" the furthest below it (CZetGeometry's sign convention).
   int Execute(IXInstrContext* ctx) override {
-    ctx->SetOutputHint(6, kOutliersHint);
+    ctx->SetOutputHint(kMaxOutOutliers, kOutliersHint);
     CArgs a(ctx);
     const CZetPointVector& pts = a.Get<CZetPointVector>(0);
     unsigned included = 0;
@@ -123,13 +135,13 @@ class CPt2BestLnMaxOut final : public TInstr<CPt2BestLnMaxOut> {
     CZetLine line;
     const unsigned status = CZetGeometry::Points2BestLineMaxOutliers(
         pts.GetStorage(), pts.Size(), geometry::PercentArg(a.Number(1)), &included, &minDist,
-        &maxDist, &minPoint, &maxPoint, &line, &a.OutRef<CZetPointVector>(6));
-    a.Out(0) = static_cast<double>(included);
-    a.Out(1) = minDist;
-    a.Out(2) = maxDist;
-    a.Out(3) = minPoint;
-    a.Out(4) = maxPoint;
-    a.Out(5) = line;
+        &maxDist, &minPoint, &maxPoint, &line, &a.OutRef<CZetPointVector>(kMaxOutOutliers));
+    a.Out(kMaxOutIncluded) = static_cast<double>(included);
+    a.Out(kMaxOutMinDist) = minDist;
+    a.Out(kMaxOutMaxDist) = maxDist;
+    a.Out(kMaxOutMinPoint) = minPoint;
+    a.Out(kMaxOutMaxPoint) = maxPoint;
+    a.Out(kMaxOutLine) = line;
     return status == CZetGeometry::kFitOk ? kOk : kFail;
   }
 };
@@ -143,8 +155,9 @@ class CPt2BestLnMaxOut final : public TInstr<CPt2BestLnMaxOut> {
 class CRakePt2BestLn final : public TInstr<CRakePt2BestLn> {
  public:
   static void Describe(CDescriber& d) {
-    d.Head("RakeLineFit", "Fits a line through an ordered set of points belonging to a rake - with all "
-              "implications")
+    d.Head("RakeLineFit",
+           "Fits a line through an ordered set of points belonging to a rake - with all "
+           "implications")
         .Input(kTypeNumber, "percent outliers", 0.0)
         .Input(kTypePointArray, "pts")
         .Input(kTypeNumber, "linear tolerance", 1.0,
@@ -154,12 +167,12 @@ class CRakePt2BestLn final : public TInstr<CRakePt2BestLn> {
     LineFitOutputs(d);
   }
   int Execute(IXInstrContext* ctx) override {
-    ctx->SetOutputHint(2, kOutliersHint);
+    ctx->SetOutputHint(kLineOutliers, kOutliersHint);
     CArgs a(ctx);
-    a.Out(0) = 0.0;
-    a.Out(1) = CZetLine(0, 0);
-    CZetPointVector& outliers = a.OutRef<CZetPointVector>(2);
-    CZetPointVector& used = a.OutRef<CZetPointVector>(3);
+    a.Out(kLineIncluded) = 0.0;
+    a.Out(kLineLine) = CZetLine(0, 0);
+    CZetPointVector& outliers = a.OutRef<CZetPointVector>(kLineOutliers);
+    CZetPointVector& used = a.OutRef<CZetPointVector>(kLineUsed);
     outliers.Resize(0);
     used.Resize(0);
     const double linear = a.Number(2), angular = CZetAngleTr::ToRad(a.Number(3));
@@ -172,18 +185,21 @@ class CRakePt2BestLn final : public TInstr<CRakePt2BestLn> {
     const unsigned status = CZetGeometry::RakePoints2BestLine(
         pts.GetStorage(), pts.Size(), geometry::PercentArg(a.Number(0)), linear, angular,
         &included, &line, &outliers, &used);
-    a.Out(0) = static_cast<double>(included);
-    a.Out(1) = line;
+    a.Out(kLineIncluded) = static_cast<double>(included);
+    a.Out(kLineLine) = line;
     return status == CZetGeometry::kFitOk ? kOk : kFail;
   }
 };
+
+// The distance instructions' outputs, in descriptor order.
+enum EDistanceOut : int { kDistances, kDistMin, kDistMax, kDistMinIndex, kDistMaxIndex };
 
 // Unsigned distances of the points from the line, with the first smallest and the
 // first largest; no points give the largest double, its negation and indexes -1.
 int LineDistances(const CArgs& a, const CZetPoint* points, unsigned n, const CZetLine& line) {
   std::vector<double> signedDist(n);
   CZetGeometry::PointArray2LineDist(points, n, line, signedDist.data());
-  CZetNumberVector& dist = a.OutRef<CZetNumberVector>(0);
+  CZetNumberVector& dist = a.OutRef<CZetNumberVector>(kDistances);
   dist.Resize(n);
   double lo = DBL_MAX, hi = -DBL_MAX;
   int loIndex = -1, hiIndex = -1;
@@ -192,10 +208,10 @@ int LineDistances(const CArgs& a, const CZetPoint* points, unsigned n, const CZe
     if (dist[i] < lo) lo = dist[i], loIndex = static_cast<int>(i);
     if (dist[i] > hi) hi = dist[i], hiIndex = static_cast<int>(i);
   }
-  a.Out(1) = lo;
-  a.Out(2) = hi;
-  a.Out(3) = static_cast<double>(loIndex);
-  a.Out(4) = static_cast<double>(hiIndex);
+  a.Out(kDistMin) = lo;
+  a.Out(kDistMax) = hi;
+  a.Out(kDistMinIndex) = static_cast<double>(loIndex);
+  a.Out(kDistMaxIndex) = static_cast<double>(hiIndex);
   return kOk;
 }
 
@@ -225,8 +241,9 @@ class CPts2LnDist final : public TInstr<CPts2LnDist> {
 class CPts2LnDistInf final : public TInstr<CPts2LnDistInf> {
  public:
   static void Describe(CDescriber& d) {
-    d.Head("PtsToLnDistInf", "Calculates the distances between a set of points and a line.The points are "
-              "specified individually.")
+    d.Head("PtsToLnDistInf",
+           "Calculates the distances between a set of points and a line.The points are "
+           "specified individually.")
         .Input(kTypeLine, "ln", CZetLine())
         .Input(kTypePoint, "point", CZetPoint())
         .Variadic();
@@ -245,7 +262,8 @@ class CPts2LnDistInf final : public TInstr<CPts2LnDistInf> {
 class CPt2BestAngle final : public TInstr<CPt2BestAngle> {
  public:
   static void Describe(CDescriber& d) {
-    d.Head("PtsToBestAngle", "Calculates the angle between the x-axis and the line defined by the 2 points")
+    d.Head("PtsToBestAngle",
+           "Calculates the angle between the x-axis and the line defined by the 2 points")
         .Input(kTypePoint, "pt1", CZetPoint())
         .Input(kTypePoint, "pt2", CZetPoint())
         .Output(kTypeNumber, "angle");

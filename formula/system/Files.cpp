@@ -33,8 +33,9 @@ class CFileExists final : public TInstr<CFileExists> {
 class CFileDelete final : public TInstr<CFileDelete> {
  public:
   static void Describe(CDescriber& d) {
-    d.Head("FileDelete ", "Deletes the specified file. It will succeed even if the file doesn't "
-                     "exist.")
+    d.Head("FileDelete ",
+           "Deletes the specified file. It will succeed even if the file doesn't "
+           "exist.")
         .Input(kTypeString, "filename", "")
         .Output(kTypeBool, "result");
   }
@@ -56,14 +57,21 @@ class CFileDelete final : public TInstr<CFileDelete> {
 // The texts of the folder creation's own codes; other codes are shown by number.
 const char* CreateFolderText(int code) {
   switch (code) {
-    case 3: return "The system cannot find the path pointed to by pszPath. The path may contain "
-                   "an invalid entry.";
-    case 80: return "The directory exists.";
-    case 161: return "The pszPath parameter was set to a relative path.";
-    case 183: return "The directory exists.";
-    case 206: return "The path pointed to by pszPath is too long.";
-    case 1223: return "The user canceled the operation.";
-    default: return nullptr;
+    case CZetOsError::kPathNotFound:
+      return "The system cannot find the path pointed to by pszPath. The path may contain "
+             "an invalid entry.";
+    case CZetOsError::kFileExists:
+      return "The directory exists.";
+    case CZetOsError::kBadPathName:
+      return "The pszPath parameter was set to a relative path.";
+    case CZetOsError::kAlreadyExists:
+      return "The directory exists.";
+    case CZetOsError::kFilenameTooLong:
+      return "The path pointed to by pszPath is too long.";
+    case CZetOsError::kCancelled:
+      return "The user canceled the operation.";
+    default:
+      return nullptr;
   }
 }
 
@@ -92,7 +100,8 @@ class CFolderCreate final : public TInstr<CFolderCreate> {
   }
 };
 
-// Recursive and permanent. Paths of 259 characters or more are refused first.
+// Recursive and permanent. Paths of CZetOs::kMaxPath characters or more are
+// refused first (one character fewer than the other file functions accept).
 class CFolderDelete final : public TInstr<CFolderDelete> {
  public:
   static void Describe(CDescriber& d) {
@@ -104,7 +113,7 @@ class CFolderDelete final : public TInstr<CFolderDelete> {
     CArgs a(ctx);
     const std::string name = a.Text(0);
     CStdStr text;
-    if (name.size() >= 259)
+    if (name.size() >= CZetOs::kMaxPath)
       text.Format("Filename too long: %s", name.c_str());
     else if (!CZetOs::DeleteTree(name.c_str()))
       text.Format("Failed to delete folder \"%s\"", name.c_str());
