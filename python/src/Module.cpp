@@ -49,6 +49,12 @@ struct SAnnotationList {
   std::vector<SAnnotationRecord> records;
 };
 
+// What one call did, as zetformula.Result. `names` are the output names, for result[name].
+struct SResult {
+  py::object status, exception, outputs, reports, events, annotations;
+  py::tuple names;
+};
+
 // The process-wide settings, set for one call and put back afterwards.
 class CScopedSettings {
  public:
@@ -125,7 +131,7 @@ class CSession {
     return index;
   }
 
-  py::tuple Call(int index, py::sequence inputs, py::handle params, py::handle outputs,
+  SResult Call(int index, py::sequence inputs, py::handle params, py::handle outputs,
                  py::handle instance, py::handle settings) {
     if (index < 0 || index >= Count()) throw py::index_error("no instruction " + std::to_string(index));
     std::unique_lock lock(m_mutex, std::try_to_lock);
@@ -145,11 +151,13 @@ class CSession {
     m_ctx.Reset(info, info.variadic ? given : declared);
     if (!params.is_none()) Params(info, params);
     for (int i = 0; i < given; ++i) {
-      const py::object v = inputs[static_cast<size_t>(i)];
+      py::object held;  // a sequence other than a tuple may make its items on access
+      if (!PyTuple_Check(inputs.ptr())) held = inputs[static_cast<size_t>(i)];
+      const py::handle v = held ? py::handle(held) : py::handle(PyTuple_GET_ITEM(inputs.ptr(), i));
       if (v.is(g_default)) continue;
       const int slot = std::min(i, declared - 1);
       if (slot < 0) throw py::type_error("this instruction has no inputs");
-      ToValue(v, info.inputs[slot].type, m_ctx.Input(i), Slot("input", i, info.inputs[slot].name),
+      ToValue(v, info.inputs[slot].type, m_ctx.Input(i), SSlot("input", i, info.inputs[slot].name),
               m_images);
     }
     if (!outputs.is_none()) {
@@ -158,7 +166,7 @@ class CSession {
         throw py::type_error("outputs: at most one value per output");
       for (size_t i = 0; i < py::len(o); ++i)
         ToValue(o[i], info.outputs[i].type, m_ctx.Output(static_cast<int>(i)),
-                Slot("output", static_cast<int>(i), info.outputs[i].name), m_images);
+                SSlot("output", static_cast<int>(i), info.outputs[i].name), m_images);
     }
     IXInstrPlugin* obj = Object(index, instance);
     zet::host::SExecResult r;
@@ -169,26 +177,39 @@ class CSession {
     }
     py::list outs(static_cast<size_t>(m_ctx.OutputSlots()));
     for (int i = 0; i < m_ctx.OutputSlots(); ++i) outs[static_cast<size_t>(i)] = FromValue(m_ctx.Output(i), true);
+    // Reports and events are tuples: most calls have none, and the empty tuple is shared.
     const auto& n = m_ctx.Notify();
-    py::list reports(n.reports.size());
+    py::tuple reports(n.reports.size());
     for (size_t i = 0; i < n.reports.size(); ++i)
       reports[i] = g_report(n.reports[i].level, FromCp1252(n.reports[i].source), FromCp1252(n.reports[i].text));
-    py::list events(n.events.size());
+    py::tuple events(n.events.size());
     for (size_t i = 0; i < n.events.size(); ++i) events[i] = g_event(n.events[i].code, n.events[i].value);
     py::object annotations = py::none();
     auto& records = m_ctx.Annotations().records;
     if (!records.empty()) annotations = py::cast(SAnnotationList{std::move(records)});
     records.clear();
-    return py::make_tuple(r.threw ? py::object(py::none()) : py::object(py::int_(r.status)),
-                          r.threw ? py::object(FromCp1252(r.exception)) : py::object(py::none()),
-                          std::move(outs), std::move(reports), std::move(events), std::move(annotations));
+    SResult result;
+    result.status = r.threw ? py::object(py::none()) : py::object(py::int_(r.status));
+    result.exception = r.threw ? py::object(FromCp1252(r.exception)) : py::object(py::none());
+    result.outputs = std::move(outs);
+    result.reports = std::move(reports);
+    result.events = std::move(events);
+    result.annotations = std::move(annotations);
+    result.names = Names(index, info);
+    return result;
   }
 
  private:
-  static std::string Slot(const char* kind, int i, const char* name) {
-    std::string s = std::string(kind) + " " + std::to_string(i);
-    if (name) s += " '" + zet::host::Cp1252ToUtf8(name) + "'";
-    return s;
+  py::tuple Names(int index, const SInstrInfo& info) {
+    if (m_names.empty()) m_names.resize(static_cast<size_t>(Count()));
+    py::object& names = m_names[static_cast<size_t>(index)];
+    if (!names) {
+      py::tuple t(info.outputs.size());
+      for (size_t i = 0; i < info.outputs.size(); ++i)
+        t[i] = info.outputs[i].name ? py::object(FromCp1252(info.outputs[i].name)) : py::object(py::none());
+      names = std::move(t);
+    }
+    return py::reinterpret_borrow<py::tuple>(names);
   }
 
   void Params(const SInstrInfo& info, py::handle params) {
@@ -199,7 +220,8 @@ class CSession {
         for (size_t k = 0; k < info.params.size() && i < 0; ++k)
           if (info.params[k].name && name == info.params[k].name) i = static_cast<int>(k);
         if (i < 0) throw py::value_error("unknown parameter '" + std::string(py::str(key)) + "'");
-        ToValue(value, info.params[i].type, m_ctx.Param(i), "param '" + std::string(py::str(key)) + "'",
+        const std::string keyText = py::str(key);
+        ToValue(value, info.params[i].type, m_ctx.Param(i), SSlot("param", -1, keyText.c_str(), false),
                 m_images);
       }
       return;
@@ -210,7 +232,7 @@ class CSession {
     if (py::len(p) > info.params.size()) throw py::type_error("too many params");
     for (size_t i = 0; i < py::len(p); ++i)
       ToValue(p[i], info.params[i].type, m_ctx.Param(static_cast<int>(i)),
-              Slot("param", static_cast<int>(i), info.params[i].name), m_images);
+              SSlot("param", static_cast<int>(i), info.params[i].name), m_images);
   }
 
   IXInstrPlugin* Object(int index, py::handle instance) {
@@ -235,6 +257,7 @@ class CSession {
   CZetExecContext m_ctx;
   std::map<std::string, std::pair<IXInstrPlugin*, int>> m_instances;
   std::vector<std::unique_ptr<CZetImage>> m_images;
+  std::vector<py::object> m_names;  // per registry index, made on first use
 };
 
 py::array RenderOverlay(py::handle background, py::iterable sources, int defaultColor) {
@@ -277,6 +300,56 @@ PYBIND11_MODULE(_zetformula, m) {
       .def("__len__", [](const SAnnotationList& a) { return a.records.size(); })
       .def("records", [](const SAnnotationList& a) { return RecordsToPython(a.records); });
 
+  py::class_<SResult>(m, "Result", R"(What one call did, as one zet exec response says it.
+
+status: 0 or 3 as Execute returned (None when it threw); exception: its text or None;
+outputs: every output after the run, written or not; reports: Report tuples
+(ReportError calls); events: Event tuples (PostEvent calls); annotations: the
+annotation service's records as dicts, in call order; annotation_list: the same records
+as the overlay renderer takes them. result[name] or result[i] is an output; value is
+the only output of a one-output instruction.)")
+      .def_readonly("status", &SResult::status)
+      .def_readonly("exception", &SResult::exception)
+      .def_readonly("outputs", &SResult::outputs)
+      .def_readonly("reports", &SResult::reports)
+      .def_readonly("events", &SResult::events)
+      .def_readonly("annotation_list", &SResult::annotations)
+      .def_readonly("output_names", &SResult::names)
+      .def_property_readonly("ok", [](const SResult& r) { return r.status.equal(py::int_(0)); })
+      .def_property_readonly("annotations",
+                             [](const SResult& r) {
+                               if (r.annotations.is_none()) return py::list();
+                               return RecordsToPython(r.annotations.cast<const SAnnotationList&>().records);
+                             })
+      .def_property_readonly("value",
+                             [](const SResult& r) -> py::object {
+                               const py::list outs = r.outputs;
+                               if (py::len(outs) != 1)
+                                 throw py::value_error("the instruction has " + std::to_string(py::len(outs)) +
+                                                       " outputs; use outputs or [name]");
+                               return outs[0];
+                             })
+      .def("__getitem__",
+           [](const SResult& r, py::handle key) -> py::object {
+             const py::list outs = r.outputs;
+             if (py::isinstance<py::str>(key)) {
+               for (size_t i = 0; i < r.names.size(); ++i)
+                 if (py::object(r.names[i]).equal(py::reinterpret_borrow<py::object>(key))) return outs[i];
+               throw py::key_error("no output " + std::string(py::repr(key)) + "; outputs: " +
+                                   std::string(py::repr(r.names)));
+             }
+             return outs.attr("__getitem__")(key);
+           })
+      .def("__repr__", [](const SResult& r) {
+        std::string s = "Result(status=" + std::string(py::repr(r.status));
+        if (!r.exception.is_none()) s += ", exception=" + std::string(py::repr(r.exception));
+        s += ", outputs=" + std::string(py::repr(r.outputs)) + ", reports=" + std::string(py::repr(r.reports)) +
+             ", events=" + std::string(py::repr(r.events)) + ", annotations=" +
+             std::to_string(r.annotations.is_none() ? 0 : r.annotations.cast<const SAnnotationList&>().records.size()) +
+             " records)";
+        return s;
+      });
+
   py::class_<CSession>(m, "Session")
       .def(py::init<const std::string&>(), py::arg("plugin"))
       .def("count", &CSession::Count)
@@ -287,6 +360,8 @@ PYBIND11_MODULE(_zetformula, m) {
       .def("describe_text", [](CSession& s, int i) { return host::DescribeText(s.Module(), i); })
       .def("list_text", [](CSession& s) { return host::ListText(s.Module()); });
 
+  // A plain pybind11 function, the benchmark's baseline for the cost of a call.
+  m.def("_baseline_add", [](double a, double b) { return a + b; });
   m.def("set_settings", [](py::dict settings) { CScopedSettings::Apply(settings); });
   m.def("get_settings", [] {
     py::dict d;

@@ -20,7 +20,7 @@ bool IsBool(py::handle v) {
 bool IsText(py::handle v) { return PyUnicode_Check(v.ptr()); }
 
 // A number: int, float or a NumPy scalar, but not a Boolean and not text.
-double Number(py::handle v, const std::string& what) {
+double Number(py::handle v, const SSlot& what) {
   if (IsBool(v) || IsText(v) || PyBytes_Check(v.ptr())) WrongType(what, "a number", v);
   const double d = PyFloat_AsDouble(v.ptr());
   if (d == -1.0 && PyErr_Occurred()) {
@@ -32,7 +32,7 @@ double Number(py::handle v, const std::string& what) {
 
 // A 32-bit integer from an int (exact) or a number truncated toward zero, as the
 // library turns numbers into integers.
-int Int32(py::handle v, const std::string& what) {
+int Int32(py::handle v, const SSlot& what) {
   if (PyLong_Check(v.ptr()) && !IsBool(v)) {
     int overflow = 0;
     const long long i = PyLong_AsLongLongAndOverflow(v.ptr(), &overflow);
@@ -48,7 +48,7 @@ int Int32(py::handle v, const std::string& what) {
 }
 
 // A pair of numbers: a named tuple, a tuple, a list or a NumPy array of two.
-std::pair<double, double> Pair(py::handle v, const std::string& what, const char* kind) {
+std::pair<double, double> Pair(py::handle v, const SSlot& what, const char* kind) {
   if (IsText(v) || !PySequence_Check(v.ptr())) WrongType(what, kind, v);
   const py::sequence s = py::reinterpret_borrow<py::sequence>(v);
   if (py::len(s) != 2) BadValue(what, std::string("expected ") + kind + " of two numbers, got " +
@@ -57,7 +57,7 @@ std::pair<double, double> Pair(py::handle v, const std::string& what, const char
 }
 
 // An (N, 2) float64 view of an array-like of pairs; an empty sequence is (0, 2).
-py::array_t<double> Pairs(py::handle v, const std::string& what, const char* kind) {
+py::array_t<double> Pairs(py::handle v, const SSlot& what, const char* kind) {
   if (IsText(v) || (!PySequence_Check(v.ptr()) && !py::isinstance<py::array>(v)))
     WrongType(what, kind, v);
   py::array a = py::array::ensure(v);
@@ -74,7 +74,7 @@ py::array_t<double> Pairs(py::handle v, const std::string& what, const char* kin
 }
 
 template <class Vec>
-Vec& Sized(CZetObject& out, size_t n, const std::string& what) {
+Vec& Sized(CZetObject& out, size_t n, const SSlot& what) {
   Vec& vec = out.Ref<Vec>();
   if (n > Vec::kMaxSize || !vec.Resize(static_cast<unsigned>(n))) BadValue(what, "array too large");
   return vec;
@@ -108,16 +108,23 @@ void InitTypes() {
   }));
 }
 
-void WrongType(const std::string& what, const std::string& expected, py::handle got) {
-  throw py::type_error(what + ": expected " + expected + ", got " + TypeName(got) + " " +
+std::string SSlot::Text() const {
+  std::string s = kind;
+  if (index >= 0) s += " " + std::to_string(index);
+  if (name) s += " '" + (nameIsCp1252 ? zet::host::Cp1252ToUtf8(name) : std::string(name)) + "'";
+  return s;
+}
+
+void WrongType(const SSlot& what, const std::string& expected, py::handle got) {
+  throw py::type_error(what.Text() + ": expected " + expected + ", got " + TypeName(got) + " " +
                        std::string(py::repr(got)));
 }
 
-void BadValue(const std::string& what, const std::string& text) {
-  throw py::value_error(what + ": " + text);
+void BadValue(const SSlot& what, const std::string& text) {
+  throw py::value_error(what.Text() + ": " + text);
 }
 
-std::string ToCp1252(py::handle text, const std::string& what) {
+std::string ToCp1252(py::handle text, const SSlot& what) {
   if (!IsText(text)) WrongType(what, "a str", text);
   Py_ssize_t size = 0;
   const char* utf8 = PyUnicode_AsUTF8AndSize(text.ptr(), &size);
@@ -136,7 +143,7 @@ py::str FromCp1252(const std::string& text) {
   return py::str(utf8.data(), utf8.size());
 }
 
-void ArrayToImage(py::handle value, CZetImage& image, const std::string& what) {
+void ArrayToImage(py::handle value, CZetImage& image, const SSlot& what) {
   if (!py::isinstance<py::array>(value)) WrongType(what, "an image (a NumPy array)", value);
   const py::array a = py::reinterpret_borrow<py::array>(value);
   int attr = 0;
@@ -181,7 +188,7 @@ py::array ImageToArray(const CZetImage& image) {
   return a;
 }
 
-void ToValue(py::handle v, int type, CZetObject& out, const std::string& what,
+void ToValue(py::handle v, int type, CZetObject& out, const SSlot& what,
              std::vector<std::unique_ptr<CZetImage>>& images) {
   if (v.is_none()) {
     out.Clear();
@@ -245,8 +252,10 @@ void ToValue(py::handle v, int type, CZetObject& out, const std::string& what,
       if (a.ndim() > 1) BadValue(what, "expected a one-dimensional array");
       // float64 with packed elements is copied with one memcpy; others are converted.
       const auto d = py::array_t<double, py::array::c_style | py::array::forcecast>::ensure(a);
-      CZetNumberVector& vec = Sized<CZetNumberVector>(out, static_cast<size_t>(d.size()), what);
-      if (d.size()) std::memcpy(vec.GetStorage(), d.data(), sizeof(double) * static_cast<size_t>(d.size()));
+      // One pass: the vector is allocated and filled by the copy (no zero-fill first).
+      const size_t n = static_cast<size_t>(d.size());
+      if (n > CZetNumberVector::kMaxSize) BadValue(what, "array too large");
+      out.Ref<CZetNumberVector>().Std().assign(d.data(), d.data() + n);
       return;
     }
     case kTypeStringArray: {

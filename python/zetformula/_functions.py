@@ -133,8 +133,11 @@ def make_function(library, entry):
     inputs = "(" + "".join(f"{n}, " for n in names) + ")" + (" + more" if entry["variadic"] else "")
     name = function_name(entry["identifier"])
     source = (f"def {name}({_signature(entry)}):\n"
-              f"    return _call({index}, {inputs}, params, outputs, instance, settings, check)\n")
-    scope = {"DEFAULT": DEFAULT, "_call": library._call}
+              f"    r = _call({index}, {inputs}, params, outputs, instance, settings)\n"
+              f"    if check and r.status != 0:\n"
+              f"        _fail({index}, r)\n"
+              f"    return r\n")
+    scope = {"DEFAULT": DEFAULT, "_call": library._s.call, "_fail": library._fail}
     exec(source, scope)  # noqa: S102 - generated from the descriptor, names sanitised above
     f = scope[name]
     f.__doc__ = docstring(entry)

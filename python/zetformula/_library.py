@@ -51,58 +51,7 @@ def get_settings():
     return _zetformula.get_settings()
 
 
-class Result:
-    """What one call did: ``status`` (0 or 3 as Execute returned; None when it threw),
-    ``exception`` (its text, or None), ``outputs`` (every output after the run, written
-    or not), ``reports`` (Report tuples), ``events`` (Event tuples) and ``annotations``
-    (the annotation service's records as dicts, in call order)."""
-
-    __slots__ = ("status", "exception", "outputs", "reports", "events", "_raw", "_names")
-
-    def __init__(self, status, exception, outputs, reports, events, raw, names):
-        self.status = status
-        self.exception = exception
-        self.outputs = outputs
-        self.reports = reports
-        self.events = events
-        self._raw = raw
-        self._names = names
-
-    @property
-    def ok(self):
-        return self.status == 0
-
-    @property
-    def annotations(self):
-        return self._raw.records() if self._raw is not None else []
-
-    @property
-    def annotation_list(self):
-        """The records as the overlay renderer takes them (see render_overlay)."""
-        return self._raw
-
-    @property
-    def value(self):
-        """The only output of a one-output instruction."""
-        if len(self.outputs) != 1:
-            raise ValueError(f"the instruction has {len(self.outputs)} outputs; use outputs or [name]")
-        return self.outputs[0]
-
-    def __getitem__(self, key):
-        """An output by position or by its descriptor name."""
-        if isinstance(key, str):
-            if key not in self._names:
-                raise KeyError(f"no output {key!r}; outputs: {list(self._names)}")
-            key = self._names.index(key)
-        return self.outputs[key]
-
-    def __repr__(self):
-        extra = ""
-        if self.exception is not None:
-            extra = f", exception={self.exception!r}"
-        return (f"Result(status={self.status!r}{extra}, outputs={self.outputs!r}, "
-                f"reports={self.reports!r}, events={self.events!r}, "
-                f"annotations={len(self._raw) if self._raw is not None else 0} records)")
+Result = _zetformula.Result
 
 
 def _from_json(value, type_code):
@@ -212,14 +161,13 @@ class Library:
         return self._call(index, inputs, params, outputs, instance, settings, check)
 
     def _call(self, index, inputs, params, outputs, instance, settings, check):
-        r = self._s.call(index, inputs, params, outputs, instance, settings)
-        result = Result(*r, self._output_names(index))
-        if check and r[0] != 0:
-            raise InstructionError(self._entries()[index]["identifier"], result)
+        result = self._s.call(index, inputs, params, outputs, instance, settings)
+        if check and result.status != 0:
+            self._fail(index, result)
         return result
 
-    def _output_names(self, index):
-        return tuple(o["name"] for o in self._entries()[index]["outputs"])
+    def _fail(self, index, result):
+        raise InstructionError(self._entries()[index]["identifier"], result)
 
     @property
     def functions(self):
