@@ -174,14 +174,27 @@ def test_instances_and_store_persist_per_library(lib):
         a.call("Divide", 1, 2, instance="x")
 
 
-def test_unload_and_load_again(lib):
-    path = lib.plugin
+def test_unload_and_load_again(lib, tmp_path):
+    # A copy of the plug-in is a module of its own: loaded by the first Library over it,
+    # unloaded (TermAll, dlclose) with the last, and loaded again by the next.
+    import shutil
+    copy = tmp_path / "ZetFormulaLib.so"
+    shutil.copy(lib.plugin, copy)
+
+    def mapped():
+        with open("/proc/self/maps") as f:
+            return str(copy) in f.read()
+
     for _ in range(2):
-        one = zetformula.Library(path)
+        one = zetformula.Library(str(copy))
+        two = zetformula.Library(str(copy))
         assert one.call("Divide", 6, 3).value == 2.0
         one.call("Divide", 1, 2, instance="kept")
-        del one
+        assert two.call("Divide", 8, 2, instance="kept").value == 4.0
+        assert mapped()
+        del one, two
         gc.collect()
+        assert not mapped()
 
 
 def test_per_call_settings_are_put_back(lib):

@@ -25,6 +25,17 @@ def test_docstring_is_the_descriptor(lib):
     assert "point array" in circle and "default" in circle
 
 
+def test_effects_reach_the_docstring_when_declared(lib):
+    # The catalogue declares effects once the registry carries them; they pass through.
+    for entry in lib.catalog()["instructions"]:
+        doc = lib.function(entry["identifier"]).__doc__
+        if "effects" in entry:
+            assert lib.describe(entry["identifier"])["effects"] == entry["effects"]
+            assert "Effects: " + (", ".join(entry["effects"]) or "none") in doc
+        else:
+            assert "Effects:" not in doc
+
+
 def test_functions_call_like_library_call(lib):
     f = lib.functions
     assert f.numeric_add_numbers(1, 2, 3).value == lib.call("_Zet_Numeric_AddNumbers_", 1, 2, 3).value
