@@ -11,8 +11,10 @@
   inside its figure.
 
     PYTHONPATH=build/release/python /usr/bin/python3 bench/python/bench_binding.py
-Not a test: figures depend on the machine and its load; the ratios are what to read.
+Times are the thread's CPU time (best of 7). Not a test: figures depend on the machine
+and its load; the ratios are what to read.
 """
+import time
 import timeit
 
 import numpy as np
@@ -22,7 +24,9 @@ from zetformula import _zetformula
 
 
 def best(stmt, number, repeat=7, **names):
-    t = timeit.Timer(stmt, globals=names)
+    # The thread's CPU time, not wall time: on a shared machine the process is preempted
+    # often, and the time it waits for a core is not the binding's.
+    t = timeit.Timer(stmt, timer=time.thread_time, globals=names)
     return min(t.repeat(repeat=repeat, number=number)) / number
 
 

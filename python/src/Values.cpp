@@ -21,6 +21,7 @@ bool IsText(py::handle v) { return PyUnicode_Check(v.ptr()); }
 
 // A number: int, float or a NumPy scalar, but not a Boolean and not text.
 double Number(py::handle v, const SSlot& what) {
+  if (PyFloat_CheckExact(v.ptr())) return PyFloat_AS_DOUBLE(v.ptr());
   if (IsBool(v) || IsText(v) || PyBytes_Check(v.ptr())) WrongType(what, "a number", v);
   const double d = PyFloat_AsDouble(v.ptr());
   if (d == -1.0 && PyErr_Occurred()) {
