@@ -39,7 +39,8 @@ def as_json(v):
 
 
 def result_json(r):
-    return {"status": r.status, "outputs": as_json(r.outputs),
+    exception = {} if r.exception is None else {"exception": r.exception}
+    return {"status": r.status, **exception, "outputs": as_json(r.outputs),
             "reports": [dict(level=x.level, source=x.source, text=x.text) for x in r.reports],
             "events": [dict(code=e.code, value=e.value) for e in r.events],
             "annotations": [dict(a, trailing=list(a["trailing"])) for a in as_json(r.annotations)]}
@@ -68,6 +69,8 @@ CASES = [
     ({"instr": "Stopwatch Stop", "params": [7]}, ("Stopwatch Stop", (), {"params": [7]})),
     ({"instr": 137, "params": [5]}, (137, (), {"params": [5]})),
     ({"instr": "Smooth", "inputs": [[1, 5, 2, 8, 3], 3]}, ("Smooth", ([1, 5, 2, 8, 3], 3), {})),
+    # An exception the instruction throws on purpose is a result with its text.
+    ({"instr": "_Zet_String_CGetAt_", "inputs": ["abc", 3]}, ("_Zet_String_CGetAt_", ("abc", 3), {})),
     ({"instr": "Sin", "settings": {"angle_unit": "degrees"}, "inputs": [90]},
      ("Sin", (90,), {"settings": {"angle_unit": "degrees"}})),
     ({"instr": "Sin", "settings": {"angle_unit": "radians"}, "inputs": [1]}, ("Sin", (1,), {})),
@@ -119,10 +122,12 @@ def test_ambiguous_name_lists_the_candidates(lib):
 
 def test_failure_is_a_result_unless_checked(lib):
     r = lib.call("Divide", 1, 0)
-    assert r.status == 3 and r.reports[0].text == "Division by zero"
+    assert r.status == 3 and r.reports[0].text == "Division by zero" and not r.ok
     with pytest.raises(zetformula.InstructionError, match="Division by zero") as e:
         lib.call("Divide", 1, 0, check=True)
     assert e.value.result.status == 3
+    with pytest.raises(zetformula.InstructionError, match="exception: basic_string::at"):
+        lib.function("_Zet_String_CGetAt_")("abc", 3, check=True)
 
 
 def test_outputs_by_name_and_defaults(lib):
