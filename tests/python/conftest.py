@@ -4,11 +4,15 @@ rim points made by polar_frame."""
 import os
 import pathlib
 import subprocess
+import sys
 
 import pytest
 
 ROOT = pathlib.Path(__file__).resolve().parents[2]
 BUILD = pathlib.Path(os.environ.get("ZET_BUILD_DIR", ROOT / "build" / "release"))
+# The package as the build tree holds it, unless PYTHONPATH already names one.
+if not os.environ.get("PYTHONPATH"):
+    sys.path.insert(0, str(BUILD / "python"))
 
 
 def run_checked(args, **kw):
