@@ -157,8 +157,14 @@ class Library:
         A failure (status 3) or an exception inside the instruction is in the result,
         unless ``check`` asks for InstructionError.
         """
-        index = self.index(name)
-        return self._call(index, inputs, params, outputs, instance, settings, check)
+        try:  # the name's index, as index() caches it; written out: this is the hot path
+            index = self._index[name]
+        except (KeyError, TypeError):
+            index = self.index(name)
+        result = self._s.call(index, inputs, params, outputs, instance, settings)
+        if check and result.status != 0:
+            self._fail(index, result)
+        return result
 
     def _call(self, index, inputs, params, outputs, instance, settings, check):
         result = self._s.call(index, inputs, params, outputs, instance, settings)
