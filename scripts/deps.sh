@@ -10,7 +10,12 @@ pkgs=(cmake ninja-build g++ clang libomp-dev pkg-config binutils googletest libg
       libeigen3-dev libcairo2-dev libpango1.0-dev
       # The OS layer: X11 key names to build; the desktop parts it opens at run time
       # (libX11, libcanberra, zenity) and the X server and key presser of its tests.
-      x11proto-dev libx11-6 libcanberra0 zenity xvfb xdotool)
+      x11proto-dev libx11-6 libcanberra0 zenity xvfb xdotool
+      # The Python package and its tests: the system's Python, NumPy and pybind11,
+      # scikit-image for the coins example, Dask for the cluster runner, venv and pip
+      # for the wheel's test.
+      python3-dev pybind11-dev python3-numpy python3-pytest python3-skimage python3-dask
+      python3-distributed python3-venv python3-pip)
 [ "${1:-}" = "--bench" ] && pkgs+=(libopencv-dev)
 missing=()
 for p in "${pkgs[@]}"; do

@@ -1,8 +1,9 @@
 #!/usr/bin/env bash
 # Builds and tests everything: gcc release (with the install, Debian package and
 # subproject tests), gcc with AddressSanitizer and UndefinedBehaviorSanitizer, and
-# clang release; warnings are errors. Then the fuzzers run for a fixed number of
-# inputs each (scripts/fuzz.sh --ci). The long exhaustive image check (ctest label
+# clang release; warnings are errors. Then the Python package's tests (pytest over
+# the release build), and the fuzzers run for a fixed number of inputs each
+# (scripts/fuzz.sh --ci). The long exhaustive image check (ctest label
 # "exhaustive") is left out; run it with
 #   ctest --test-dir build/release -L exhaustive
 set -uo pipefail
@@ -28,6 +29,23 @@ for preset in release asan clang; do
   tail -n 3 "$log.test"
   echo "($preset: $((SECONDS - start)) s)"
 done
+# The Python package (built by the release preset when Python 3 dev, NumPy and pybind11
+# are found) with the system's interpreter: pytest over tests/python, the wheel in a
+# fresh venv and the Dask cluster included.
+echo "== python =="
+start=$SECONDS
+if [ -d build/release/python/zetformula ]; then
+  if ! PYTHONPATH=build/release/python ZET_BUILD_DIR=build/release \
+      /usr/bin/python3 -m pytest -q -p no:cacheprovider tests/python >build/python.log 2>&1; then
+    fail=1
+    grep -E -B5 -A30 "^(E |FAILED|ERROR)" build/python.log | head -n 200
+  fi
+  tail -n 1 build/python.log
+else
+  echo "build/release has no Python package (ZET_BUILD_PYTHON off)"
+  fail=1
+fi
+echo "(python: $((SECONDS - start)) s)"
 echo "== fuzz =="
 start=$SECONDS
 bash scripts/fuzz.sh --ci || fail=1

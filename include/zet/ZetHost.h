@@ -218,6 +218,14 @@ struct SProgramOptions {
 ZET_HOST_API int RunProgram(CZetPluginModule& module, const SProgramOptions& options,
                             std::ostream& log);
 
+// The image files a run of `program` with `images` (as in SProgramOptions) would
+// inspect, in their order. Empty with `error` set when the program or an image entry
+// is at fault.
+ZET_HOST_API std::vector<std::string> ProgramImageFiles(CZetPluginModule& module,
+                                                        const std::string& program,
+                                                        const std::vector<std::string>& images,
+                                                        std::string* error);
+
 // Catalogue texts for `zet catalog` and `zet describe`.
 ZET_HOST_API std::string CatalogJson(CZetPluginModule& module);
 ZET_HOST_API std::string CatalogMarkdown(CZetPluginModule& module);
