@@ -215,8 +215,12 @@ class ZET_PLATFORM_API CZetHandle : public TZetValue<CZetHandle, ZET_OBJ_HANDLE>
   CZetImage* m_pImage;
 };
 
-// Vectors refuse to grow beyond this many bytes of elements: Resize, Insert and
-// PushBack then return false and leave the vector as it was.
+// Vectors refuse to grow beyond this many bytes: Resize, Insert and PushBack then
+// return false and leave the vector as it was. The bytes are the elements' own and,
+// for strings, their texts' (CZetVectorBytes), so that many copies of a long text are
+// bounded as one long array is. The text bytes are counted as the vector's own
+// operations change them; a text rewritten in place through operator[] or Std() is
+// counted from the next Resize or Insert on, which count all texts again.
 //
 // Positions and counts are unsigned, so the values that the array instructions pass
 // on without a test of their own arrive here as follows, and each is refused with the
@@ -231,16 +235,25 @@ class ZET_PLATFORM_API CZetHandle : public TZetValue<CZetHandle, ZET_OBJ_HANDLE>
 //   points) is a huge position: Erase refuses pos > Size().
 inline constexpr size_t kZetMaxVectorBytes = size_t{1} << 30;
 
+// The bytes an element holds beyond itself: a string's text; nothing for the others.
+template <class T>
+size_t CZetVectorBytes(const T&) {
+  return 0;
+}
+inline size_t CZetVectorBytes(const CZetString& s) { return s.Str().size(); }
+
 template <class T, int kCode>
 class TZetVector : public TZetValue<TZetVector<T, kCode>, static_cast<ZET_OBJ_TYPE>(kCode)> {
  public:
   static constexpr size_t kMaxSize = kZetMaxVectorBytes / sizeof(T);
+  static constexpr bool kHasText = std::is_same_v<T, CZetString>;
   using value_type = T;
 
   TZetVector() = default;
   virtual unsigned Size() const { return static_cast<unsigned>(m_v.size()); }
   virtual bool Resize(unsigned n) {
     if (n > kMaxSize) return false;
+    if constexpr (kHasText) m_textBytes = TextBytes(0, std::min<size_t>(n, m_v.size()));
     m_v.resize(n);
     return true;
   }
@@ -249,12 +262,21 @@ class TZetVector : public TZetValue<TZetVector<T, kCode>, static_cast<ZET_OBJ_TY
   // Inserts `count` copies of `value` before `pos` (pos <= Size()).
   bool Insert(unsigned pos, unsigned count, const T& value) {
     if (pos > m_v.size() || count > kMaxSize - m_v.size()) return false;
+    if constexpr (kHasText) {
+      m_textBytes = TextBytes(0, m_v.size());
+      if (!Fits(m_v.size() + count, m_textBytes, count, CZetVectorBytes(value))) return false;
+    }
     m_v.insert(m_v.begin() + pos, count, value);
+    if constexpr (kHasText) m_textBytes += count * CZetVectorBytes(value);
     return true;
   }
   bool PushBack(const T& value) {
     if (m_v.size() >= kMaxSize) return false;
+    if constexpr (kHasText) {
+      if (!Fits(m_v.size() + 1, m_textBytes, 1, CZetVectorBytes(value))) return false;
+    }
     m_v.push_back(value);
+    if constexpr (kHasText) m_textBytes += CZetVectorBytes(value);
     return true;
   }
   // Removes `count` elements from `pos`, clipped to the end; refuses (false) a
@@ -263,6 +285,7 @@ class TZetVector : public TZetValue<TZetVector<T, kCode>, static_cast<ZET_OBJ_TY
     if (pos > m_v.size()) return false;
     const size_t n = std::min<size_t>(count, m_v.size() - pos);
     m_v.erase(m_v.begin() + pos, m_v.begin() + pos + n);
+    if constexpr (kHasText) m_textBytes = TextBytes(0, m_v.size());
     return true;
   }
   T* GetStorage() { return m_v.data(); }
@@ -280,6 +303,18 @@ class TZetVector : public TZetValue<TZetVector<T, kCode>, static_cast<ZET_OBJ_TY
   const std::vector<T>& Std() const { return m_v; }
 
  private:
+  size_t TextBytes(size_t from, size_t to) const {
+    size_t n = 0;
+    for (size_t i = from; i < to; ++i) n += CZetVectorBytes(m_v[i]);
+    return n;
+  }
+  // Whether `elements` elements holding `text` bytes of text, `count` more of them
+  // with `each` bytes, fit the cap.
+  static bool Fits(size_t elements, size_t text, size_t count, size_t each) {
+    const size_t own = elements * sizeof(T);
+    if (own > kZetMaxVectorBytes || text > kZetMaxVectorBytes - own) return false;
+    return count == 0 || each <= (kZetMaxVectorBytes - own - text) / count;
+  }
   static CStdStr ElementText(const T& e, int precision) {
     if constexpr (std::is_same_v<T, double>) {
       CStdStr s;
@@ -290,6 +325,7 @@ class TZetVector : public TZetValue<TZetVector<T, kCode>, static_cast<ZET_OBJ_TY
     }
   }
   std::vector<T> m_v;
+  size_t m_textBytes = 0;  // kHasText: the texts' bytes, as the operations above left them
 };
 
 using CZetNumberVector = TZetVector<double, ZET_OBJ_NUMBER_ARRAY>;
