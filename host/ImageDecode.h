@@ -16,4 +16,9 @@ std::string DecodeImage(const std::string& name, const uint8_t* data, size_t siz
 std::string DecodePgm(const std::string& name, const uint8_t* data, size_t size, CZetImage& image);
 std::string DecodePng(const std::string& name, const uint8_t* data, size_t size, CZetImage& image);
 
+// Reads a whole regular file into `data`; returns "" or an error text that starts
+// "cannot open " or "cannot read " followed by `what` (say "image ") and the quoted
+// name. A FIFO, device or folder is refused ("not a regular file") without blocking.
+std::string ReadRegularFile(const std::string& path, std::string& data, const std::string& what);
+
 }  // namespace zet::host

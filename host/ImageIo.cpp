@@ -9,6 +9,10 @@
 //   PGM must hold all its samples; a PNG's deflate stream cannot expand more than
 //   1032 times (a 258-byte match in 2 bits), so a PNG whose filtered rows exceed
 //   1032 times the file's size is refused, however few bytes declare it.
+// - The file's size bounds the decoded size at 8 bits per sample, so that a PNG of 1,
+//   2 or 4 bits per sample (or a palette) cannot claim more rows than its bytes could
+//   hold once expanded. On top of that no image of more than MaxImagePixels() pixels
+//   is decoded, however its file is made.
 // - PGM samples are kept as stored, without rescaling to the full range: a maxval of
 //   100 still gives 8-bit pixels 0..100. 16-bit samples are big-endian in the file
 //   and native (little-endian) in memory.
@@ -25,17 +29,30 @@
 
 #include <openssl/evp.h>
 #include <png.h>
+#include <fcntl.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
+#include <atomic>
 #include <cctype>
+#include <cerrno>
 #include <csetjmp>
 #include <cstdio>
 #include <cstring>
 #include <fstream>
 #include <memory>
+#include <new>
 #include <vector>
 
 namespace zet::host {
+
+namespace {
+std::atomic<uint64_t> g_maxImagePixels{kDefaultMaxImagePixels};
+}  // namespace
+
+uint64_t MaxImagePixels() { return g_maxImagePixels.load(std::memory_order_relaxed); }
+void SetMaxImagePixels(uint64_t pixels) { g_maxImagePixels.store(pixels, std::memory_order_relaxed); }
+
 namespace {
 
 struct SFileCloser {
@@ -94,6 +111,9 @@ std::string DecodePgm(const std::string& path, const uint8_t* data, size_t size,
   const int bpp = maxval <= 255 ? 1 : 2;
   const size_t need = static_cast<size_t>(width) * height * bpp;
   if (size - pos < need) return "PGM " + Quote(path) + " is truncated";
+  if (static_cast<uint64_t>(width) * static_cast<uint64_t>(height) > MaxImagePixels())
+    return "PGM " + Quote(path) + " has more than " + std::to_string(MaxImagePixels()) +
+           " pixels";
   if (image.Create(static_cast<int>(width), static_cast<int>(height),
                    bpp == 1 ? kZetImageMono8 : kZetImageMono16) != kZetImageOk)
     return "PGM " + Quote(path) + " is too large";
@@ -193,12 +213,21 @@ bool ReadPng(SPngSource& src, CZetImage& image, std::vector<png_bytep>& rows, SP
   png_read_info(png, info);
   const png_uint_32 width = png_get_image_width(png, info);
   const png_uint_32 height = png_get_image_height(png, info);
-  // The filtered rows as stored (before any expansion), against what the file's
+  // The filtered rows at 8 bits per sample at least (a row of 1-bit samples inflates
+  // from as few bytes as its expansion to 8 bits would), against what the file's
   // bytes could inflate to at most.
-  const uint64_t stored = static_cast<uint64_t>(height) * (png_get_rowbytes(png, info) + 1);
+  const uint64_t samples = static_cast<uint64_t>(width) * png_get_channels(png, info);
+  const uint64_t sampleBytes = png_get_bit_depth(png, info) > 8 ? 2 : 1;
+  const uint64_t stored = static_cast<uint64_t>(height) * (samples * sampleBytes + 1);
   if (stored / kMaxDeflateRatio > src.size) {
     std::snprintf(state.error, sizeof state.error,
                   "%u x %u pixels cannot be held in %zu bytes", width, height, src.size);
+    png_destroy_read_struct(&png, &info, nullptr);
+    return false;
+  }
+  if (static_cast<uint64_t>(width) * height > MaxImagePixels()) {
+    std::snprintf(state.error, sizeof state.error, "%u x %u is more than %llu pixels", width,
+                  height, static_cast<unsigned long long>(MaxImagePixels()));
     png_destroy_read_struct(&png, &info, nullptr);
     return false;
   }
@@ -332,17 +361,44 @@ std::string DecodeImage(const std::string& path, const uint8_t* data, size_t siz
   return Quote(path) + " is neither a PGM (P5) nor a PNG image";
 }
 
+std::string ReadRegularFile(const std::string& path, std::string& data, const std::string& what) {
+  data.clear();
+  // O_NONBLOCK: opening a FIFO for reading must not wait for a writer; whatever is not
+  // a regular file is refused before a byte is read.
+  const int fd = open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK);
+  struct stat st {};
+  if (fd < 0 || fstat(fd, &st) != 0) {
+    if (fd >= 0) close(fd);
+    return "cannot open " + what + Quote(path);
+  }
+  if (!S_ISREG(st.st_mode)) {
+    close(fd);
+    return "cannot read " + what + Quote(path) + ": not a regular file";
+  }
+  std::string err;
+  try {
+    data.resize(static_cast<size_t>(st.st_size));
+    size_t done = 0;
+    while (done < data.size()) {
+      const ssize_t n = read(fd, data.data() + done, data.size() - done);
+      if (n < 0 && errno == EINTR) continue;
+      if (n <= 0) break;
+      done += static_cast<size_t>(n);
+    }
+    if (done != data.size()) err = "cannot read " + what + Quote(path);
+  } catch (const std::bad_alloc&) {
+    err = "cannot read " + what + Quote(path) + ": out of memory";
+  }
+  close(fd);
+  if (!err.empty()) data.clear();
+  return err;
+}
+
 std::string LoadImageFile(const std::string& path, CZetImage& image) {
   image.Destroy();
-  CFile f(std::fopen(path.c_str(), "rb"));
-  struct stat st {};
-  if (!f || fstat(fileno(f.get()), &st) != 0) return "cannot open image " + Quote(path);
-  // Only a regular file has a size to check a declared image against (and an end).
-  if (!S_ISREG(st.st_mode)) return "cannot read image " + Quote(path) + ": not a regular file";
-  std::vector<uint8_t> data(static_cast<size_t>(st.st_size));
-  if (std::fread(data.data(), 1, data.size(), f.get()) != data.size())
-    return "cannot read image " + Quote(path);
-  return DecodeImage(path, data.data(), data.size(), image);
+  std::string data;
+  if (std::string err = ReadRegularFile(path, data, "image "); !err.empty()) return err;
+  return DecodeImage(path, reinterpret_cast<const uint8_t*>(data.data()), data.size(), image);
 }
 
 std::string SaveImageFile(const std::string& path, const CZetImage& image) {

@@ -1,7 +1,11 @@
 // zet exec: the JSON-Lines request runner. One execution context serves every request
 // of a session; each request names an instruction and its values, each response gives
 // the status, outputs and what the instruction told the host's services.
+#include <exception>
 #include <map>
+#include <new>
+#include <optional>
+#include <ostream>
 #include <memory>
 
 #include "Request.h"
@@ -34,7 +38,7 @@ struct CZetJsonSession::SImpl {
     auto it = instances.find(name);
     if (it != instances.end()) {
       if (it->second.second != index)
-        Fail("instance '" + name + "' belongs to another instruction");
+        Fail("instance '" + Cut(name) + "' belongs to another instruction");
       return it->second.first;
     }
     IXInstrPlugin* obj = proto->Create();
@@ -43,7 +47,9 @@ struct CZetJsonSession::SImpl {
     return obj;
   }
 
-  Json Run(const Json& req) {
+  // The answer's text; with a sink, text beyond CZetJsonSession::kStreamAbove bytes
+  // has already been written there.
+  std::string Run(Json req, std::ostream* sink = nullptr) {
     requestImages.clear();
     if (!req.is_object()) Fail("a request must be a JSON object");
     if (!req.contains("instr")) Fail("missing \"instr\"");
@@ -52,7 +58,9 @@ struct CZetJsonSession::SImpl {
     const SInstrInfo& info = *module.At(index)->GetInfo();
     const int declared = static_cast<int>(info.inputs.size());
 
-    const Json inputs = req.value("inputs", Json::array());
+    // A reference, not a copy: the inputs may be the bulk of the request.
+    static const Json kNoInputs = Json::array();
+    const Json& inputs = req.contains("inputs") ? req.at("inputs") : kNoInputs;
     if (!inputs.is_array()) Fail("\"inputs\" must be a list");
     const int given = static_cast<int>(inputs.size());
     if (!info.variadic && given > declared)
@@ -77,44 +85,69 @@ struct CZetJsonSession::SImpl {
     IXInstrPlugin* obj = Object(req, index);
 
     const SExecResult r = ctx.Run(obj);
-    Json resp;
-    resp["status"] = r.threw ? Json(nullptr) : Json(r.status);
-    if (r.threw) resp["exception"] = Cp1252ToUtf8(r.exception);
-    Json outs = Json::array();
-    for (int i = 0; i < ctx.OutputSlots(); ++i) outs.push_back(ValueJson(ctx.Output(i)));
-    resp["outputs"] = outs;
-    Json reports = Json::array();
+    // Files are saved before the answer is written: a "save" that cannot be read makes
+    // the whole answer an error, as before any output was written.
+    std::optional<std::string> saveError;
+    if (req.contains("save")) saveError = Save(req["save"]);
+    // The request, which may be as large as the answer, is released before the answer
+    // is written.
+    req = Json();
+    // The answer is streamed: output arrays go element by element into the text.
+    std::string text;
+    CJsonWriter w(text, sink, CZetJsonSession::kStreamAbove);
+    w.Open('{');
+    w.Key("status");
+    w.Value(r.threw ? Json(nullptr) : Json(r.status));
+    if (r.threw) {
+      w.Key("exception");
+      w.Value(Json(Cp1252ToUtf8(r.exception)));
+    }
+    w.Key("outputs");
+    w.Open('[');
+    for (int i = 0; i < ctx.OutputSlots(); ++i) w.Object(ctx.Output(i));
+    w.Close(']');
+    w.Key("reports");
+    w.Open('[');
     for (const SReport& rep : ctx.Notify().reports)
-      reports.push_back({{"level", rep.level}, {"source", Cp1252ToUtf8(rep.source)},
-                         {"text", Cp1252ToUtf8(rep.text)}});
-    resp["reports"] = reports;
-    Json events = Json::array();
-    for (const SEvent& e : ctx.Notify().events) events.push_back({{"code", e.code}, {"value", e.value}});
-    resp["events"] = events;
-    Json annots = Json::array();
-    for (const SAnnotationRecord& a : ctx.Annotations().records) annots.push_back(AnnotationJson(a));
-    resp["annotations"] = annots;
-    if (req.contains("save")) Save(req["save"], resp);
-    return resp;
+      w.Value(Json{{"level", rep.level}, {"source", Cp1252ToUtf8(rep.source)},
+                   {"text", Cp1252ToUtf8(rep.text)}});
+    w.Close(']');
+    w.Key("events");
+    w.Open('[');
+    for (const SEvent& e : ctx.Notify().events) w.Value(Json{{"code", e.code}, {"value", e.value}});
+    w.Close(']');
+    w.Key("annotations");
+    w.Open('[');
+    for (const SAnnotationRecord& a : ctx.Annotations().records) w.Annotation(a);
+    w.Close(']');
+    if (saveError && !saveError->empty()) {
+      w.Key("save_error");
+      w.Value(Json(*saveError));
+    }
+    w.Close('}');
+    return text;
   }
 
-  void Save(const Json& save, Json& resp) {
+  // Writes the images named by "save"; returns the last failure's text ("" for none).
+  std::string Save(const Json& save) {
+    std::string last;
     if (!save.is_object()) Fail("\"save\" must map output indexes to files");
     for (const auto& [key, file] : save.items()) {
       char* end = nullptr;
       const long i = std::strtol(key.c_str(), &end, 10);
-      if (key.empty() || *end || i < 0 || i >= ctx.OutputSlots()) Fail("save: no output " + key);
+      if (key.empty() || *end || i < 0 || i >= ctx.OutputSlots())
+        Fail("save: no output " + Cut(key));
       const CZetHandle* h = ctx.Output(static_cast<int>(i)).Get<CZetHandle>();
       std::string err;
       if (!h || !h->GetImage() || !h->GetImage()->IsCreated())
         err = "output " + key + " holds no image";
       else
         err = SaveImageFile(TextOf(file, "save"), *h->GetImage());
-      if (!err.empty()) resp["save_error"] = err;  // the run itself happened
+      if (!err.empty()) last = err;  // the run itself happened
     }
+    return last;
   }
 };
-
 CZetJsonSession::CZetJsonSession(CZetPluginModule& module) : m_impl(std::make_unique<SImpl>(module)) {}
 CZetJsonSession::~CZetJsonSession() = default;
 
@@ -126,17 +159,51 @@ std::string Dump(const Json& j) { return j.dump(-1, ' ', false, Json::error_hand
 
 }  // namespace
 
+namespace {
+
+// The answer to a request that failed with the exception `e`.
+std::string ErrorAnswer(std::exception_ptr e) {
+  try {
+    try {
+      std::rethrow_exception(e);
+    } catch (const SDecodeError& e) {
+      return Dump(Json{{"error", e.text}});
+    } catch (const Json::parse_error& e) {
+      return Dump(Json{{"error", "bad JSON: " + Cut(e.what(), 300)}});
+    } catch (const std::bad_alloc&) {
+      // Whatever the request built is released by now; the session goes on.
+      return R"({"error":"out of memory"})";
+    } catch (const std::exception& e) {
+      return Dump(Json{{"error", e.what()}});
+    } catch (...) {
+      return R"({"error":"unknown exception"})";
+    }
+  } catch (const std::bad_alloc&) {  // even the error text could not be made
+    return R"({"error":"out of memory"})";
+  }
+}
+
+}  // namespace
+
 std::string CZetJsonSession::Handle(const std::string& line) {
   try {
-    const Json req = Json::parse(line);
-    return Dump(m_impl->Run(req));
-  } catch (const SDecodeError& e) {
-    return Dump(Json{{"error", e.text}});
-  } catch (const Json::parse_error& e) {
-    return Dump(Json{{"error", std::string("bad JSON: ") + e.what()}});
-  } catch (const std::exception& e) {
-    return Dump(Json{{"error", e.what()}});
+    return m_impl->Run(ParseJson(line));
+  } catch (...) {
+    return ErrorAnswer(std::current_exception());
   }
+}
+
+void CZetJsonSession::Handle(const std::string& line, std::ostream& out) {
+  // Only an answer beyond kStreamAbove reaches `out` before it is complete. By then
+  // its values exist and what it still takes is one piece's buffer and an element's
+  // text at a time, so a failure (an error line instead) comes before the first piece.
+  std::string tail;
+  try {
+    tail = m_impl->Run(ParseJson(line), &out);
+  } catch (...) {
+    tail = ErrorAnswer(std::current_exception());
+  }
+  out.write(tail.data(), static_cast<std::streamsize>(tail.size()));
 }
 
 }  // namespace zet::host

@@ -377,6 +377,9 @@ std::string RenderOverlay(const CZetImage& background,
   if (!background.IsCreated()) return "no image to draw the overlay on";
   const int w = background.Width(), h = background.Height();
   if (w > 32767 || h > 32767) return "image too large for an overlay";  // Cairo's limit
+  if (static_cast<uint64_t>(w) * static_cast<uint64_t>(h) > MaxImagePixels())
+    return "image too large for an overlay: more than " + std::to_string(MaxImagePixels()) +
+           " pixels";
   std::unique_ptr<cairo_surface_t, decltype(&cairo_surface_destroy)> surface(
       cairo_image_surface_create(CAIRO_FORMAT_RGB24, w, h), cairo_surface_destroy);
   if (cairo_surface_status(surface.get()) != CAIRO_STATUS_SUCCESS)

@@ -4,6 +4,7 @@
 // variable, a literal that does not fit its slot, a variable read before anything
 // writes it) is found here, before any image is touched.
 #include "Program.h"
+#include "ImageDecode.h"
 
 #include <algorithm>
 #include <fstream>
@@ -89,7 +90,7 @@ class CLoader {
 
   // A variable the program declares or some step writes.
   int Known(const Json& name, const std::string& what) {
-    if (!name.is_string()) Fail(what + ": a variable name must be a string, got " + name.dump());
+    if (!name.is_string()) Fail(what + ": a variable name must be a string, got " + Brief(name));
     auto it = m_names.find(name.get<std::string>());
     if (it == m_names.end()) Fail(what + ": no variable '" + name.get<std::string>() + "'");
     return it->second;
@@ -115,7 +116,7 @@ class CLoader {
       if (decl.contains("type")) {
         const Json& t = decl["type"];
         v.type = DeclaredType(t);
-        if (!v.type) Fail(what + ": unknown type " + t.dump());
+        if (!v.type) Fail(what + ": unknown type " + Brief(t));
       }
       if (decl.contains("value") && decl.contains("file"))
         Fail(what + ": give \"value\" or \"file\", not both");
@@ -194,7 +195,7 @@ class CLoader {
     auto bind = [&](int out, const Json& name, const std::string& what) {
       if (name.is_null()) return;
       if (!name.is_string() || name.get<std::string>().empty())
-        Fail(what + ": expected a variable name, got " + name.dump());
+        Fail(what + ": expected a variable name, got " + Brief(name));
       if (name == kImageVariable) Fail(what + ": the image being inspected cannot be written");
       s.outputs.emplace_back(out, Declare(name.get<std::string>()));
     };
@@ -223,16 +224,17 @@ class CLoader {
 }  // namespace
 
 SProgram LoadProgram(CZetPluginModule& module, const std::string& file) {
-  std::ifstream in(file, std::ios::binary);
-  if (!in) Fail(file + ": cannot read the program file");
-  const std::string text{std::istreambuf_iterator<char>(in), {}};
+  std::string text;
+  if (const std::string err = ReadRegularFile(file, text, ""); !err.empty())
+    Fail(file + ": cannot read the program file" +
+         (err.ends_with("not a regular file") ? ": not a regular file" : ""));
   try {
-    const Json j = Json::parse(text, nullptr, true, /*ignore_comments=*/true);
+    const Json j = ParseJson(text, /*comments=*/true);
     SProgram p = CLoader(module, fs::path(file)).Load(j);
     p.images = j.value("images", Json());
     return p;
   } catch (const Json::exception& e) {
-    Fail(file + ": " + e.what());
+    Fail(file + ": " + Cut(e.what(), 300));
   } catch (const SDecodeError& e) {
     Fail(file + ": " + e.text);
   }

@@ -16,6 +16,8 @@
 // the first image, from the command line and the program's "settings", and nothing
 // changes them while images run: a program step has no way to, and the renderer takes
 // the default colour as an argument read at the start.
+#include <sys/stat.h>
+
 #include <atomic>
 #include <chrono>
 #include <fstream>
@@ -23,10 +25,12 @@
 #include <map>
 #include <mutex>
 #include <optional>
+#include <set>
 #include <ostream>
 #include <thread>
 
 #include "Program.h"
+#include "ImageDecode.h"
 #include "zet/ZetSetting.h"
 
 namespace zet::host {
@@ -186,13 +190,15 @@ class CWorker {
       images.push_back(std::move(img));
       return "";
     }
-    std::ifstream in(file, std::ios::binary);
-    if (!in) return "cannot read " + file.string();
+    std::string text;
+    if (const std::string err = ReadRegularFile(file.string(), text, ""); !err.empty())
+      return "cannot read " + file.string() +
+             (err.ends_with("not a regular file") ? ": not a regular file" : "");
     try {
-      const Json j = Json::parse(std::string(std::istreambuf_iterator<char>(in), {}));
+      const Json j = ParseJson(text);
       DecodeValue(j, var.type, out, file.string(), images);
     } catch (const Json::exception& e) {
-      return file.string() + ": " + e.what();
+      return file.string() + ": " + Cut(e.what(), 300);
     } catch (const SDecodeError& e) {
       return e.text;
     }
@@ -298,16 +304,60 @@ class CCollector {
 };
 
 // Overlay file names: the image's name without its extension, .png; a name that two
-// images share gets the image's position as a suffix.
+// images share gets the image's position as a suffix. A name that is still taken (by
+// another image's plain name: "a-2.pgm" beside "a.pgm" and "a.png") gets a further
+// "-2", "-3", ... so that no two images of a run write the same overlay.
 std::vector<std::string> OverlayNames(const std::vector<std::string>& images) {
   std::map<std::string, int> uses;
   for (const std::string& i : images) ++uses[fs::path(i).stem().string()];
+  std::set<std::string> taken;
+  for (const auto& [stem, n] : uses)
+    if (n == 1) taken.insert(stem + ".png");
   std::vector<std::string> names;
   for (size_t i = 0; i < images.size(); ++i) {
     const std::string stem = fs::path(images[i]).stem().string();
-    names.push_back(uses[stem] > 1 ? stem + "-" + std::to_string(i + 1) + ".png" : stem + ".png");
+    if (uses[stem] == 1) {
+      names.push_back(stem + ".png");
+      continue;
+    }
+    const std::string base = stem + "-" + std::to_string(i + 1);
+    std::string name = base + ".png";
+    for (int k = 2; taken.count(name); ++k) name = base + "-" + std::to_string(k) + ".png";
+    taken.insert(name);
+    names.push_back(name);
   }
   return names;
+}
+
+// The input file that one of the run's own files would replace, or "". The run never
+// writes over its inputs: the images, the variable files beside them and the program.
+// Files are compared by identity (device and inode), so links and other spellings of
+// a name are caught too.
+std::string OverwrittenInput(const SProgram& program, const SProgramOptions& opt,
+                             const std::vector<std::string>& images,
+                             const std::vector<std::string>& overlayNames) {
+  std::map<std::pair<dev_t, ino_t>, std::string> inputs;
+  const auto add = [&](const std::string& file) {
+    struct stat st {};
+    if (stat(file.c_str(), &st) == 0) inputs.emplace(std::make_pair(st.st_dev, st.st_ino), file);
+  };
+  add(opt.program);
+  for (const std::string& image : images) {
+    add(image);
+    for (const SVariable& v : program.vars)
+      if (!v.file.empty()) add(VariableFile(v.file, image).string());
+  }
+  std::vector<fs::path> outputs = {fs::path(opt.outDir) / "results.jsonl"};
+  if (opt.csv) outputs.push_back(fs::path(opt.outDir) / "results.csv");
+  if (program.overlay && opt.overlays)
+    for (const std::string& name : overlayNames) outputs.push_back(fs::path(opt.outDir) / name);
+  for (const fs::path& out : outputs) {
+    struct stat st {};
+    if (stat(out.c_str(), &st) != 0) continue;
+    const auto it = inputs.find(std::make_pair(st.st_dev, st.st_ino));
+    if (it != inputs.end()) return it->second;
+  }
+  return "";
 }
 
 }  // namespace
@@ -332,6 +382,14 @@ int RunProgram(CZetPluginModule& module, const SProgramOptions& opt, std::ostrea
   ApplySettings(settings);
   const int defaultColor = CZetSetting::Inst().GetDefaultAnnotationColor();
 
+  // Refused before anything is written (opening results.jsonl empties it).
+  const std::vector<std::string> overlayNames = OverlayNames(images);
+  if (const std::string input = OverwrittenInput(program, opt, images, overlayNames);
+      !input.empty()) {
+    log << "zet run: the output would write over the input " << input
+        << " (choose another --out)\n";
+    return 2;
+  }
   std::error_code ec;
   fs::create_directories(opt.outDir, ec);
   CCollector collector(program, opt, images.size(), log);
@@ -339,7 +397,6 @@ int RunProgram(CZetPluginModule& module, const SProgramOptions& opt, std::ostrea
     log << "zet run: cannot write to " << opt.outDir << '\n';
     return 2;
   }
-  const std::vector<std::string> overlayNames = OverlayNames(images);
   std::atomic<size_t> next{0};
   auto work = [&] {
     CWorker worker(module, program, opt, defaultColor);

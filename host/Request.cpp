@@ -31,11 +31,11 @@ int ResolveInstr(CZetPluginModule& module, const Json& instr) {
   if (instr.is_number_integer()) {
     const auto pos = instr.get<int64_t>();
     if (pos >= 1 && pos <= module.Count()) return static_cast<int>(pos - 1);
-    Fail("no instruction at position " + instr.dump());
+    Fail("no instruction at position " + Brief(instr));
   }
   if (!instr.is_string()) Fail("\"instr\" must be a name, an identifier or a position");
   std::string name, error;
-  if (!Utf8ToCp1252(instr.get<std::string>(), &name)) Fail("unknown instruction " + instr.dump());
+  if (!Utf8ToCp1252(instr.get<std::string>(), &name)) Fail("unknown instruction " + Brief(instr));
   const int index = module.Find(name, &error);
   if (index < 0) Fail(error);
   return index;
@@ -71,8 +71,9 @@ void DecodeParams(const SInstrInfo& info, const Json& params,
       if (Utf8ToCp1252(key, &name))
         for (size_t k = 0; k < info.params.size() && i < 0; ++k)
           if (name == info.params[k].name) i = static_cast<int>(k);
-      if (i < 0) Fail("unknown parameter '" + key + "'");
-      DecodeValue(value, info.params[i].type, slots[static_cast<size_t>(i)], "param '" + key + "'", images);
+      if (i < 0) Fail("unknown parameter '" + Cut(key) + "'");
+      DecodeValue(value, info.params[i].type, slots[static_cast<size_t>(i)],
+                  "param '" + Cut(key) + "'", images);
     }
   } else {
     Fail("\"params\" must be a list or an object");

@@ -18,7 +18,7 @@ Json ListJson(const Vec& v, F element) {
 
 template <class Vec, class F>
 void FillList(const Json& j, CZetObject& out, const std::string& what, F element) {
-  if (!j.is_array()) Fail(what + ": expected an array, got " + j.dump());
+  if (!j.is_array()) Fail(what + ": expected an array, got " + Brief(j));
   Vec& v = out.Ref<Vec>();
   if (!v.Resize(static_cast<unsigned>(std::min<size_t>(j.size(), Vec::kMaxSize + 1))))
     Fail(what + ": array too large");
@@ -26,7 +26,7 @@ void FillList(const Json& j, CZetObject& out, const std::string& what, F element
 }
 
 const Json& Field(const Json& j, const char* key, const std::string& what) {
-  if (!j.is_object() || !j.contains(key)) Fail(what + ": missing \"" + key + "\" in " + j.dump());
+  if (!j.is_object() || !j.contains(key)) Fail(what + ": missing \"" + key + "\" in " + Brief(j));
   return j.at(key);
 }
 
@@ -102,7 +102,7 @@ double NumberOf(const Json& j, const std::string& what) {
     if (s == "Infinity") return HUGE_VAL;
     if (s == "-Infinity") return -HUGE_VAL;
   }
-  Fail(what + ": expected a number, got " + j.dump());
+  Fail(what + ": expected a number, got " + Brief(j));
 }
 
 int IntOf(const Json& j, const std::string& what) {
@@ -114,11 +114,11 @@ int IntOf(const Json& j, const std::string& what) {
     const double d = std::trunc(j.get<double>());
     if (d >= INT32_MIN && d <= INT32_MAX) return static_cast<int>(d);
   }
-  Fail(what + ": expected a 32-bit integer, got " + j.dump());
+  Fail(what + ": expected a 32-bit integer, got " + Brief(j));
 }
 
 std::string TextOf(const Json& j, const std::string& what) {
-  if (!j.is_string()) Fail(what + ": expected a string, got " + j.dump());
+  if (!j.is_string()) Fail(what + ": expected a string, got " + Brief(j));
   std::string out;
   if (!Utf8ToCp1252(j.get<std::string>(), &out))
     Fail(what + ": text has a character that Windows-1252 cannot hold");
@@ -138,7 +138,7 @@ template <class T>
 T ElementOf(const Json& e, const std::string& what);
 template <>
 CZetBool ElementOf<CZetBool>(const Json& e, const std::string& what) {
-  if (!e.is_boolean()) Fail(what + ": expected true or false, got " + e.dump());
+  if (!e.is_boolean()) Fail(what + ": expected true or false, got " + Brief(e));
   return CZetBool(e.get<bool>());
 }
 template <>
@@ -166,7 +166,7 @@ void DecodeValue(const Json& j, int type, CZetObject& out, const std::string& wh
   }
   switch (type) {
     case kTypeBool:
-      if (!j.is_boolean()) Fail(what + ": expected true or false, got " + j.dump());
+      if (!j.is_boolean()) Fail(what + ": expected true or false, got " + Brief(j));
       out = j.get<bool>();
       return;
     case kTypeInt:

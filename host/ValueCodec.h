@@ -6,6 +6,7 @@
 #include <memory>
 #include <nlohmann/json.hpp>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "zet/ZetHost.h"
@@ -41,5 +42,53 @@ CZetLine LineOf(const Json& j, const std::string& what);
 // to `images`, which the caller keeps alive for as long as the value is used.
 void DecodeValue(const Json& j, int type, CZetObject& out, const std::string& what,
                  std::vector<std::unique_ptr<CZetImage>>& images);
+
+// ---- JSON text (JsonText.cpp) ----
+
+// The deepest nesting of arrays and objects that JSON read by the host may have
+// (requests, program files, variable files). Real requests and programs stay far
+// below it; deeper text is refused before it is parsed.
+inline constexpr size_t kMaxJsonDepth = 128;
+
+// Parses untrusted text; fails (SDecodeError, "bad JSON: nested deeper than ...",
+// naming the line and column) beyond kMaxJsonDepth, and throws the parser's own
+// Json::parse_error for malformed text. `comments`: // and /* */ are allowed.
+Json ParseJson(std::string_view text, bool comments = false);
+
+// At most about 60 characters of a value's JSON, cut with "..." (for error texts,
+// which never quote untrusted input whole).
+std::string Brief(const Json& j);
+// A name from the input (a key, an instance name) as error texts quote it: at most
+// `limit` bytes, cut with "..." (the parser's messages, which quote the last token
+// read, are cut at 300).
+std::string Cut(const std::string& name, size_t limit = 60);
+
+// Appends JSON text to a string as Json::dump(-1, ' ', false, replace) would write
+// it, without building the value as a tree: arrays of a value are written element
+// by element. Commas are put in by the writer.
+class CJsonWriter {
+ public:
+  // With a `sink`, text beyond `flushAbove` bytes is moved from `out` to the sink as
+  // it is made.
+  explicit CJsonWriter(std::string& out, std::ostream* sink = nullptr, size_t flushAbove = 0);
+  ~CJsonWriter();
+  void Open(char bracket);   // '{' or '['
+  void Close(char bracket);  // '}' or ']'
+  void Key(std::string_view key);
+  void Value(const Json& value);  // a small value, whole
+  void Number(double d);
+  void Point(const CZetPoint& p);
+  void Line(const CZetLine& l);
+  void Object(const CZetObject& o);  // as ValueJson would give it
+  void Annotation(const SAnnotationRecord& a);  // as AnnotationJson would give it
+  void Raw(std::string_view text);
+
+ private:
+  void Separate();
+  void Spill();
+  struct SImpl;
+  std::unique_ptr<SImpl> m_impl;
+  bool m_first = true;
+};
 
 }  // namespace zet::host

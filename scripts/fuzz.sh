@@ -52,12 +52,18 @@ for name in "${names[@]}"; do
   else
     limit=(-max_total_time="$seconds")
   fi
+  # Requests may be long (nesting depth, large arrays): libFuzzer's default stops at
+  # 4096 bytes.
+  len=()
+  [ "$name" = request ] && len=(-max_len=262144)
   start=$(date +%s)
   # shellcheck disable=SC2086
-  if "$bin/fuzz_$name" "${limit[@]}" "${dict[@]}" -artifact_prefix="$out/crash-$name-" \
+  if "$bin/fuzz_$name" "${limit[@]}" "${len[@]}" "${dict[@]}" -artifact_prefix="$out/crash-$name-" \
        -timeout=10 -rss_limit_mb=4096 ${FUZZ_OPTIONS:-} "$found" "fuzz/corpus/$name" \
        >"$out/$name.log" 2>&1; then
-    echo "fuzz $name: $(grep -Eo '#[0-9]+' "$out/$name.log" | tail -n 1 | tr -d '#') runs," \
+    # The count is libFuzzer's final line ("Done N runs in S second(s)"): earlier lines
+    # (a recommended dictionary, for one) may hold '#' and digits of their own.
+    echo "fuzz $name: $(tail -n 1 "$out/$name.log" | grep -Eo '^Done [0-9]+' | grep -Eo '[0-9]+') runs," \
          "$(( $(date +%s) - start )) s, $(grep -Eo 'cov: [0-9]+' "$out/$name.log" | tail -n 1)"
   else
     fail=1

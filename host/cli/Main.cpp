@@ -3,6 +3,7 @@
 #include <filesystem>
 #include <fstream>
 #include <iostream>
+#include <memory>
 #include <nlohmann/json.hpp>
 
 #include "zet/ZetHost.h"
@@ -17,7 +18,8 @@ int RunLines(CZetPluginModule& module, std::istream& in) {
   std::string line;
   while (std::getline(in, line)) {
     if (line.find_first_not_of(" \t\r") == std::string::npos) continue;  // blank lines
-    std::cout << session.Handle(line) << '\n' << std::flush;
+    session.Handle(line, std::cout);
+    std::cout << '\n' << std::flush;
   }
   return 0;
 }
@@ -34,6 +36,10 @@ int main(int argc, char** argv) {
   app.add_option("--angle-unit", angleUnit, "degrees or radians")
       ->check(CLI::IsMember({"degrees", "radians"}));
   app.add_option("--annotation-color", annotationColor, "Default annotation colour");
+  uint64_t maxImagePixels = kDefaultMaxImagePixels;
+  app.add_option("--max-image-pixels", maxImagePixels,
+                 "Largest image (in pixels) read or drawn; default 2^27")
+      ->check(CLI::PositiveNumber);
 
   auto* list = app.add_subcommand("list", "One line per instruction in registry order");
   std::string name;
@@ -73,9 +79,20 @@ int main(int argc, char** argv) {
   CZetSetting::Inst().SetAngleUnit(angleUnit == "degrees" ? EZetAngleUnit::kDegrees
                                                            : EZetAngleUnit::kRadians);
   CZetSetting::Inst().SetDefaultAnnotationColor(annotationColor);
+  SetMaxImagePixels(maxImagePixels);
 
+  // A plug-in that cannot be loaded means nothing can run: a usage error (2), never
+  // the "an image failed" of zet run (1).
+  std::unique_ptr<CZetPluginModule> loaded;
   try {
-    CZetPluginModule module(plugin.empty() ? CZetPluginModule::DefaultPath() : plugin);
+    loaded = std::make_unique<CZetPluginModule>(plugin.empty() ? CZetPluginModule::DefaultPath()
+                                                               : plugin);
+  } catch (const std::exception& e) {
+    std::cerr << "zet: " << e.what() << "\n";
+    return 2;
+  }
+  CZetPluginModule& module = *loaded;
+  try {
     if (*list) {
       std::cout << ListText(module);
     } else if (*describe) {

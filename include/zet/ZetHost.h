@@ -191,6 +191,11 @@ class ZET_HOST_API CZetJsonSession {
   ~CZetJsonSession();
   // One request line in, one response line out (no newline).
   std::string Handle(const std::string& line);
+  // The same response written to `out` (no newline). An answer of more than
+  // kStreamAbove bytes is written while it is made, in pieces of that size, so that it
+  // costs no more than that beyond its values; a smaller one is written whole.
+  static constexpr size_t kStreamAbove = size_t{64} << 20;
+  void Handle(const std::string& line, std::ostream& out);
 
  private:
   struct SImpl;
@@ -245,6 +250,13 @@ ZET_HOST_API bool InstrEffects(const char* ident, unsigned* effects);
 // images as RGB when every fourth byte is 0, else RGBA) by the file's extension. Both
 // return "" on success, else an error text naming the file.
 ZET_HOST_API std::string LoadImageFile(const std::string& path, CZetImage& image);
+// The most pixels an image the host decodes (LoadImageFile) or renders (RenderOverlay)
+// may have: kDefaultMaxImagePixels (2^27, such as 16384 x 8192) unless raised for the
+// process (zet --max-image-pixels). Larger images are refused with an error text
+// before their pixels are allocated.
+inline constexpr uint64_t kDefaultMaxImagePixels = uint64_t{1} << 27;
+ZET_HOST_API uint64_t MaxImagePixels();
+ZET_HOST_API void SetMaxImagePixels(uint64_t pixels);
 ZET_HOST_API std::string SaveImageFile(const std::string& path, const CZetImage& image);
 // SHA-256 (lower-case hex) of the pixel rows concatenated without row padding, the
 // bytes as held in memory (16-bit pixels little-endian).

@@ -216,8 +216,12 @@ class ZET_PLATFORM_API CZetHandle : public TZetValue<CZetHandle, ZET_OBJ_HANDLE>
   CZetImage* m_pImage;
 };
 
-// Vectors refuse to grow beyond this many bytes of elements: Resize, Insert and
-// PushBack then return false and leave the vector as it was.
+// Vectors refuse to grow beyond this many bytes: Resize, Insert and PushBack then
+// return false and leave the vector as it was. The bytes are the elements' own and,
+// for strings, their texts' (CZetVectorBytes), so that many copies of a long text are
+// bounded as one long array is. The text bytes are counted as the vector's own
+// operations change them; a text rewritten in place through operator[] or Std() is
+// counted from the next Resize or Insert on, which count all texts again.
 //
 // Insert and Erase take signed positions and counts and behave as a growable
 // array would with any of them; the array instructions whose checks are loose
@@ -228,30 +232,36 @@ class ZET_PLATFORM_API CZetHandle : public TZetValue<CZetHandle, ZET_OBJ_HANDLE>
 //   Insert, which tests nothing): the position is clamped to 0 .. Size();
 //   InsertionPoint says where the elements went;
 // - an erase range is clipped to the elements that exist, so a negative start
-// erases
-//   from the first element (EraseRange with a negative idxStart) and a range
-//   past the end erases nothing.
-// The only refusal left is the cap: an insert that would grow the vector beyond
-// it.
+//   erases from the first element (EraseRange with a negative idxStart) and a
+//   range past the end erases nothing.
+// The only refusal left is the cap: an insert that would grow the vector beyond it.
 inline constexpr size_t kZetMaxVectorBytes = size_t{1} << 30;
+
+// The bytes an element holds beyond itself: a string's text; nothing for the others.
+template <class T>
+size_t CZetVectorBytes(const T&) {
+  return 0;
+}
+inline size_t CZetVectorBytes(const CZetString& s) { return s.Str().size(); }
 
 template <class T, int kCode>
 class TZetVector : public TZetValue<TZetVector<T, kCode>, static_cast<ZET_OBJ_TYPE>(kCode)> {
  public:
   static constexpr size_t kMaxSize = kZetMaxVectorBytes / sizeof(T);
+  static constexpr bool kHasText = std::is_same_v<T, CZetString>;
   using value_type = T;
 
   TZetVector() = default;
   virtual unsigned Size() const { return static_cast<unsigned>(m_v.size()); }
   virtual bool Resize(unsigned n) {
     if (n > kMaxSize) return false;
+    if constexpr (kHasText) m_textBytes = TextBytes(0, std::min<size_t>(n, m_v.size()));
     m_v.resize(n);
     return true;
   }
   T& operator[](unsigned i) { return m_v[i]; }
   const T& operator[](unsigned i) const { return m_v[i]; }
-  // Where an insert at `pos` puts its first element: pos clamped to 0 ..
-  // Size().
+  // Where an insert at `pos` puts its first element: pos clamped to 0 .. Size().
   size_t InsertionPoint(int64_t pos) const {
     return pos < 0 ? 0 : std::min<size_t>(static_cast<uint64_t>(pos), m_v.size());
   }
@@ -260,12 +270,22 @@ class TZetVector : public TZetValue<TZetVector<T, kCode>, static_cast<ZET_OBJ_TY
   bool Insert(int64_t pos, int64_t count, const T& value) {
     if (count <= 0) return true;
     if (static_cast<uint64_t>(count) > kMaxSize - m_v.size()) return false;
-    m_v.insert(m_v.begin() + InsertionPoint(pos), static_cast<size_t>(count), value);
+    const size_t n = static_cast<size_t>(count);
+    if constexpr (kHasText) {
+      m_textBytes = TextBytes(0, m_v.size());
+      if (!Fits(m_v.size() + n, m_textBytes, n, CZetVectorBytes(value))) return false;
+    }
+    m_v.insert(m_v.begin() + InsertionPoint(pos), n, value);
+    if constexpr (kHasText) m_textBytes += n * CZetVectorBytes(value);
     return true;
   }
   bool PushBack(const T& value) {
     if (m_v.size() >= kMaxSize) return false;
+    if constexpr (kHasText) {
+      if (!Fits(m_v.size() + 1, m_textBytes, 1, CZetVectorBytes(value))) return false;
+    }
     m_v.push_back(value);
+    if constexpr (kHasText) m_textBytes += CZetVectorBytes(value);
     return true;
   }
   // Removes the elements of [pos, pos + count) that exist; never fails.
@@ -276,6 +296,7 @@ class TZetVector : public TZetValue<TZetVector<T, kCode>, static_cast<ZET_OBJ_TY
     const int64_t end = pos > n - count ? n : pos + count;  // without overflow
     const int64_t last = std::clamp<int64_t>(end, first, n);
     m_v.erase(m_v.begin() + first, m_v.begin() + last);
+    if constexpr (kHasText) m_textBytes = TextBytes(0, m_v.size());
     return true;
   }
   T* GetStorage() { return m_v.data(); }
@@ -293,6 +314,18 @@ class TZetVector : public TZetValue<TZetVector<T, kCode>, static_cast<ZET_OBJ_TY
   const std::vector<T>& Std() const { return m_v; }
 
  private:
+  size_t TextBytes(size_t from, size_t to) const {
+    size_t n = 0;
+    for (size_t i = from; i < to; ++i) n += CZetVectorBytes(m_v[i]);
+    return n;
+  }
+  // Whether `elements` elements holding `text` bytes of text, `count` more of them
+  // with `each` bytes, fit the cap.
+  static bool Fits(size_t elements, size_t text, size_t count, size_t each) {
+    const size_t own = elements * sizeof(T);
+    if (own > kZetMaxVectorBytes || text > kZetMaxVectorBytes - own) return false;
+    return count == 0 || each <= (kZetMaxVectorBytes - own - text) / count;
+  }
   static CStdStr ElementText(const T& e, int precision) {
     if constexpr (std::is_same_v<T, double>) {
       CStdStr s;
@@ -303,6 +336,7 @@ class TZetVector : public TZetValue<TZetVector<T, kCode>, static_cast<ZET_OBJ_TY
     }
   }
   std::vector<T> m_v;
+  size_t m_textBytes = 0;  // kHasText: the texts' bytes, as the operations above left them
 };
 
 using CZetNumberVector = TZetVector<double, ZET_OBJ_NUMBER_ARRAY>;

@@ -52,6 +52,7 @@ class ZET_PLATFORM_API CZetOsError {
     kFileExists = 80,
     kInvalidParameter = 87,
     kDiskFull = 112,
+    kInvalidName = 123,      // a name the system's encoding cannot represent
     kDirNotEmpty = 145,
     kBadPathName = 161,      // a relative path where an absolute one is required
     kAlreadyExists = 183,
@@ -144,7 +145,10 @@ class ZET_PLATFORM_API CZetOs {
   static int CreateFolder(const char* path);
   // Deletes a folder and everything in it, or a file (a symbolic link is removed, not
   // followed). Names are literal (no wildcards). A missing path fails; so do the root,
-  // "." and paths ending in "..", which are never deleted.
+  // "." and paths ending in "..", which are never deleted, and every path with a ".."
+  // component, which would climb out of the folder it names on the way to it
+  // ("DIR/sub/../../DIR", "../x"): all of these fail with kAccessDenied before
+  // anything is touched.
   static bool DeleteTree(const char* path);
   // Space of the file system holding `path` (any existing path; empty: the current
   // folder; a Windows drive name such as "C:\" or "D:": the root file system), in

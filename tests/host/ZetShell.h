@@ -1,5 +1,5 @@
 // Running the zet binary from host tests: a shell command's exit code and output, the
-// zet command line with the plug-in of this build, and whole files.
+// zet command line with the plug-in of this build (whole files: TempDir.h).
 #pragma once
 
 #include <sys/wait.h>
@@ -10,6 +10,8 @@
 #include <iterator>
 #include <string>
 #include <utility>
+
+#include "TempDir.h"  // ReadFile, WriteFile, CTempDir
 
 namespace zet::test {
 
@@ -26,11 +28,6 @@ inline std::pair<int, std::string> Shell(const std::string& cmd) {
 
 inline std::string Zet(const std::string& args) {
   return std::string(ZET_TEST_ZET) + " --plugin " + ZET_TEST_PLUGIN + " " + args;
-}
-
-inline std::string ReadFile(const std::filesystem::path& p) {
-  std::ifstream in(p, std::ios::binary);
-  return std::string(std::istreambuf_iterator<char>(in), {});
 }
 
 }  // namespace zet::test

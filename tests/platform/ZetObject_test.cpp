@@ -100,6 +100,21 @@ TEST(ZetObject, CopiesAreDeepAndEqualityFollowsValues) {
   EXPECT_TRUE(*line.Get<CZetLine>() == CZetLine(0.5, 10));
 }
 
+// The cap counts the texts of a string vector: 300 000 copies of 5 000 characters
+// (1.5 GB of text in 12 MB of elements) are refused before anything is allocated.
+TEST(ZetObject, StringVectorCapCountsTheTexts) {
+  const CZetString text(std::string(5000, 'x'));
+  CZetStringVector v;
+  EXPECT_FALSE(v.Insert(0, 300000, text));
+  EXPECT_EQ(v.Size(), 0u);
+  ASSERT_TRUE(v.Insert(0, 1000, text));
+  EXPECT_FALSE(v.Insert(1000, 214000, text));  // 1000 + 214000 texts pass 2^30 bytes
+  EXPECT_EQ(v.Size(), 1000u);
+  EXPECT_TRUE(v.Insert(0, 1000000, CZetString("")));  // empty texts count as elements only
+  EXPECT_TRUE(v.PushBack(text));
+  EXPECT_EQ(v.Size(), 1001001u);
+}
+
 TEST(ZetObject, VectorInsertAndCap) {
   CZetNumberVector v;
   EXPECT_TRUE(v.Insert(0, 0, 1.0));

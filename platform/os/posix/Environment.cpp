@@ -1,5 +1,8 @@
 // The process environment, read and written under one lock, with the C runtime's
-// _putenv rules for assignments.
+// _putenv rules for assignments. Names and values are UTF-8 in the environment and
+// Windows-1252 in the library (Posix.h): an entry read with a character Windows-1252
+// cannot hold shows it as '?'; a name or value that UTF-8 cannot represent is neither
+// looked up nor set.
 #include <cstdlib>
 #include <cstring>
 #include <string>
@@ -27,20 +30,28 @@ std::string GetEnvString(const char* name) {
 CStdStrVector CZetOs::GetEnvironment() {
   std::lock_guard<std::mutex> hold(zet::os::EnvironmentLock());
   CStdStrVector entries;
-  for (char** e = environ; e && *e; ++e) entries.emplace_back(*e);
+  std::string text;
+  for (char** e = environ; e && *e; ++e) {
+    zet::os::SystemToCp1252(*e, &text);
+    entries.emplace_back(text);
+  }
   return entries;
 }
 
 bool CZetOs::GetEnv(const char* name, CStdStr* value) {
+  std::string sysName, text;
+  if (!zet::os::Cp1252ToSystem(name ? name : "", &sysName)) return false;
   std::lock_guard<std::mutex> hold(zet::os::EnvironmentLock());
-  const char* v = std::getenv(name ? name : "");
+  const char* v = std::getenv(sysName.c_str());
   if (!v) return false;
-  *value = v;
+  zet::os::SystemToCp1252(v, &text);
+  *value = text;
   return true;
 }
 
 bool CZetOs::PutEnv(const char* assignment) {
-  const std::string s = assignment ? assignment : "";
+  std::string s;
+  if (!zet::os::Cp1252ToSystem(assignment ? assignment : "", &s)) return false;
   const size_t eq = s.find('=');
   if (eq == std::string::npos || eq == 0) return false;
   const std::string name = s.substr(0, eq);

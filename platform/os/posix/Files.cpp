@@ -1,6 +1,10 @@
 // Files and folders with std::filesystem and the POSIX calls it lacks (a rename that
 // never replaces), with the error codes of the Windows calls they stand for.
 //
+// Names arrive in Windows-1252 and reach the system as UTF-8 (Posix.h); a name with a
+// byte that has no character fails with kInvalidName before anything is touched, so
+// it can never address another file. Length limits apply to the name as given.
+//
 // Nothing is lost on failure: a copy is written beside its destination under a
 // temporary name and put in place only when complete, and a move across file
 // systems deletes its source only after the copy is in place (and removes the copy
@@ -14,6 +18,8 @@
 #include <cstdio>
 #include <cstring>
 #include <filesystem>
+#include <memory>
+#include <new>
 #include <string>
 #include <system_error>
 
@@ -59,6 +65,34 @@ int RenameNoReplace(const char* from, const char* to) {
   return rename(from, to) == 0 ? 0 : errno;
 }
 
+// Reads `source` to its end into `fd`, whatever size the file claims (files of /proc
+// and /sys say 0), with the source's permissions. Returns 0 or the errno.
+int CopyBytes(const fs::path& source, int fd) {
+  const int in = open(source.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK);
+  if (in < 0) return errno;
+  struct stat st {};
+  int err = fstat(in, &st) != 0 ? errno : !S_ISREG(st.st_mode) ? ENOTSUP : 0;
+  if (err == 0 && fchmod(fd, st.st_mode & 07777) != 0) err = errno;
+  static constexpr size_t kChunk = 1 << 16;
+  std::unique_ptr<char[]> buf(err == 0 ? new (std::nothrow) char[kChunk] : nullptr);
+  if (err == 0 && !buf) err = ENOMEM;
+  while (err == 0) {
+    const ssize_t n = read(in, buf.get(), kChunk);
+    if (n == 0) break;
+    if (n < 0) {
+      if (errno != EINTR) err = errno;
+      continue;
+    }
+    for (ssize_t done = 0; done < n && err == 0;) {
+      const ssize_t w = write(fd, buf.get() + done, static_cast<size_t>(n - done));
+      if (w < 0 && errno != EINTR) err = errno;
+      if (w > 0) done += w;
+    }
+  }
+  close(in);
+  return err;
+}
+
 // Copies the regular file `source` into a new temporary file in the destination's
 // folder, with the source's permissions and modification time. Returns 0 and the
 // temporary name, or the errno (nothing is left behind).
@@ -68,13 +102,14 @@ int CopyBeside(const fs::path& source, const fs::path& destination, fs::path* te
   std::string name = (folder / ".zet-copy-XXXXXX").string();
   const int fd = mkostemp(name.data(), O_CLOEXEC);
   if (fd < 0) return errno;
-  close(fd);
+  int err = CopyBytes(source, fd);
+  if (close(fd) != 0 && err == 0) err = errno;
   std::error_code ec;
-  fs::copy_file(source, name, fs::copy_options::overwrite_existing, ec);
-  if (!ec) fs::last_write_time(name, fs::last_write_time(source, ec), ec);
-  if (ec) {
+  if (err == 0) fs::last_write_time(name, fs::last_write_time(source, ec), ec);
+  if (err == 0 && ec) err = ec.value();
+  if (err != 0) {
     unlink(name.c_str());
-    return ec.value();
+    return err;
   }
   *temp = name;
   return 0;
@@ -118,17 +153,36 @@ fs::path Normal(const char* path) {
   return p;
 }
 
+// True when a component of the path is "..". A ".." either ends the path (and names
+// a folder above the one written before it: "DIR/sub/.." is DIR) or climbs out of the
+// folder the path finally names on the way to it ("DIR/sub/../../DIR", "../x"); a
+// deletion never goes by either.
+bool HasDotDot(const char* path) {
+  for (const fs::path& part : fs::path(path))
+    if (part == "..") return true;
+  return false;
+}
+
+// The name as the system holds it; fails (kInvalidName) for one it cannot represent.
+bool SystemName(const char* path, std::string* out) {
+  return zet::os::Cp1252ToSystem(path, out) || Fail(CZetOsError::kInvalidName, EILSEQ);
+}
+
 }  // namespace
 
 bool CZetOs::FileExists(const char* path) {
-  if (!path || !*path || TooLong(path)) return false;
+  std::string name;
+  if (!path || !*path || TooLong(path) || !zet::os::Cp1252ToSystem(path, &name)) return false;
   struct stat st {};
-  return stat(path, &st) == 0 && !S_ISDIR(st.st_mode);
+  return stat(name.c_str(), &st) == 0 && !S_ISDIR(st.st_mode);
 }
 
 bool CZetOs::FileDelete(const char* path) {
   if (!path || !*path) return Fail(CZetOsError::kPathNotFound, ENOENT);
   if (TooLong(path)) return Fail(CZetOsError::kFilenameTooLong, ENAMETOOLONG);
+  std::string sys;
+  if (!SystemName(path, &sys)) return false;
+  path = sys.c_str();
   if (unlink(path) == 0) return Succeed();
   const int err = errno;
   struct stat st {};
@@ -141,6 +195,10 @@ bool CZetOs::FileCopy(const char* source, const char* destination, bool failIfEx
   if (!source || !destination) return Fail(CZetOsError::kInvalidParameter, EINVAL);
   if (TooLong(source) || TooLong(destination))
     return Fail(CZetOsError::kFilenameTooLong, ENAMETOOLONG);
+  std::string sysSource, sysDestination;
+  if (!SystemName(source, &sysSource) || !SystemName(destination, &sysDestination)) return false;
+  source = sysSource.c_str();
+  destination = sysDestination.c_str();
   struct stat src {};
   if (stat(source, &src) != 0) return FailErrno(errno, source);
   if (S_ISDIR(src.st_mode)) return Fail(CZetOsError::kAccessDenied, EISDIR);
@@ -169,6 +227,10 @@ bool CZetOs::FileMove(const char* source, const char* destination) {
   if (!source || !destination) return Fail(CZetOsError::kInvalidParameter, EINVAL);
   if (TooLong(source) || TooLong(destination))
     return Fail(CZetOsError::kFilenameTooLong, ENAMETOOLONG);
+  std::string sysSource, sysDestination;
+  if (!SystemName(source, &sysSource) || !SystemName(destination, &sysDestination)) return false;
+  source = sysSource.c_str();
+  destination = sysDestination.c_str();
   struct stat src {};
   if (lstat(source, &src) != 0) return FailErrno(errno, source);
   struct stat dst {};
@@ -189,7 +251,9 @@ int CZetOs::CreateFolder(const char* path) {
   const std::string p = path ? path : "";
   if (p.empty() || p[0] != '/') return result(CZetOsError::kBadPathName, EINVAL);
   if (p.size() > kMaxPath) return result(CZetOsError::kFilenameTooLong, ENAMETOOLONG);
-  const fs::path target = Normal(p.c_str());
+  std::string sys;
+  if (!zet::os::Cp1252ToSystem(p, &sys)) return result(CZetOsError::kInvalidName, EILSEQ);
+  const fs::path target = Normal(sys.c_str());
   struct stat st {};
   if (stat(target.c_str(), &st) == 0)
     return result(S_ISDIR(st.st_mode) ? CZetOsError::kAlreadyExists : CZetOsError::kFileExists,
@@ -206,6 +270,12 @@ int CZetOs::CreateFolder(const char* path) {
 bool CZetOs::DeleteTree(const char* path) {
   if (!path || !*path) return Fail(CZetOsError::kPathNotFound, ENOENT);
   if (TooLong(path)) return Fail(CZetOsError::kFilenameTooLong, ENAMETOOLONG);
+  // Decided on the text as given, before "." and ".." are resolved: "DIR/sub/.."
+  // would otherwise name DIR itself.
+  if (HasDotDot(path)) return Fail(CZetOsError::kAccessDenied, EINVAL);
+  std::string sys;
+  if (!SystemName(path, &sys)) return false;
+  path = sys.c_str();
   const fs::path target = Normal(path);
   if (target == target.root_path() || target == "." || target.filename() == "..")
     return Fail(CZetOsError::kAccessDenied, EINVAL);
@@ -222,9 +292,10 @@ bool CZetOs::DeleteTree(const char* path) {
 
 bool CZetOs::GetDiskSpace(const char* path, uint64_t* freeToCaller, uint64_t* total,
                           uint64_t* totalFree) {
-  const std::string name = path ? path : "";
+  if (path && TooLong(path)) return Fail(CZetOsError::kFilenameTooLong, ENAMETOOLONG);
+  std::string name;
+  if (!SystemName(path ? path : "", &name)) return false;
   const fs::path p = IsDriveName(name) ? fs::path("/") : name.empty() ? fs::path(".") : fs::path(name);
-  if (TooLong(p.c_str())) return Fail(CZetOsError::kFilenameTooLong, ENAMETOOLONG);
   std::error_code ec;
   const fs::space_info space = fs::space(p, ec);
   if (ec) return FailErrno(ec.value(), p);

@@ -42,6 +42,7 @@ constexpr SErrnoCode kCodes[] = {
     {EEXIST, CZetOsError::kAlreadyExists},
     {ENAMETOOLONG, CZetOsError::kFilenameTooLong},
     {ECANCELED, CZetOsError::kCancelled},
+    {EILSEQ, CZetOsError::kInvalidName},
 };
 
 CStdStr ErrnoText(int err) {

@@ -16,6 +16,14 @@ std::string LocaleToCp1252(std::string_view text);
 // bytes Windows-1252 leaves undefined become U+FFFD.
 std::string Cp1252ToUtf8(std::string_view text);
 
+// What crosses to the system by name (file and folder names, environment names and
+// values) is UTF-8 there, whatever the locale says: it is how names are stored on
+// Linux and what other programs write. Windows-1252 to UTF-8 fails only for the five
+// bytes Windows-1252 leaves undefined; UTF-8 to Windows-1252 writes '?' for what
+// Windows-1252 cannot hold (and for broken UTF-8) and then returns false.
+bool Cp1252ToSystem(std::string_view text, std::string* out);
+bool SystemToCp1252(std::string_view text, std::string* out);
+
 // Records a failure for CZetOsError: the Windows-numbered code and the errno behind it.
 bool Fail(int code, int err);
 // The Windows-numbered code of an errno, for the file functions.
