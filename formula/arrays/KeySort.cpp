@@ -1,0 +1,67 @@
+// The key sorts of KeySort.h over Highway's vqsort (libhwy_contrib), which picks the
+// widest instruction set of the processor at run time. Runs of equal keys are rare in
+// measured data; a run is ordered by position afterwards (std::sort: a long run of
+// one value is as fast there as anywhere).
+#include "arrays/KeySort.h"
+
+#include <hwy/contrib/sort/vqsort.h>
+
+#include <bit>
+
+namespace zet {
+namespace {
+
+constexpr uint64_t kSign = uint64_t{1} << 63;
+
+// The unsigned key whose order is the order of the (non-NaN) numbers.
+inline uint64_t OrderedBits(double x) {
+  const uint64_t b = std::bit_cast<uint64_t>(x);
+  return (b & kSign) ? ~b : (b | kSign);
+}
+
+inline double FromOrderedBits(uint64_t k) {
+  return std::bit_cast<double>((k & kSign) ? (k & ~kSign) : ~k);
+}
+
+}  // namespace
+
+void SortNumbers(double* values, size_t n, EOrder order) {
+  double* const mid = std::partition(values, values + n, [](double x) { return !std::isnan(x); });
+  const size_t m = static_cast<size_t>(mid - values);
+  if (m < 2) return;
+  // The keys take the numbers' place; a uint64_t array over the same bytes.
+  std::vector<uint64_t> keys(m);
+  for (size_t i = 0; i < m; ++i) keys[i] = OrderedBits(values[i]);
+  const hwy::Sorter sorter;
+  if (order == EOrder::kAscending)
+    sorter(keys.data(), m, hwy::SortAscending());
+  else
+    sorter(keys.data(), m, hwy::SortDescending());
+  for (size_t i = 0; i < m; ++i) values[i] = FromOrderedBits(keys[i]);
+}
+
+void SortPositionsByKey(const double* keys, uint32_t* positions, size_t n, EOrder order) {
+  uint32_t* const mid = std::partition(positions, positions + n,
+                                       [keys](uint32_t p) { return !std::isnan(keys[p]); });
+  const size_t m = static_cast<size_t>(mid - positions);
+  if (m < 2) return;
+  // Key and position pairs sorted by the key alone (the cheaper comparison), then
+  // each run of equal keys put in ascending position.
+  const uint64_t flip = order == EOrder::kAscending ? 0 : ~uint64_t{0};
+  std::vector<hwy::K64V64> pairs(m);
+  for (size_t i = 0; i < m; ++i) {
+    pairs[i].key = OrderedBits(keys[positions[i]]) ^ flip;
+    pairs[i].value = positions[i];
+  }
+  const hwy::Sorter sorter;
+  sorter(pairs.data(), m, hwy::SortAscending());
+  for (size_t i = 0; i < m; ++i) positions[i] = static_cast<uint32_t>(pairs[i].value);
+  for (size_t i = 0; i + 1 < m;) {
+    size_t end = i + 1;
+    while (end < m && pairs[end].key == pairs[i].key) ++end;
+    if (end - i > 1) std::sort(positions + i, positions + end);
+    i = end;
+  }
+}
+
+}  // namespace zet
