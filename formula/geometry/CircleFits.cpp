@@ -79,13 +79,18 @@ int FitCircle(const CArgs& a, const SCircleFitRequest& r) {
   if (status != CZetGeometry::kFitOk) return kFail;
 
   if (m > 0) {
+    // The sums run on radii scaled by a power of two near 1 / diameter: exact, so the
+    // result is the formula's to the bit, and finite for circles whose squared radii
+    // would overflow.
+    const int exponent = std::isfinite(diameter) && diameter > 0 ? std::ilogb(diameter) : 0;
     double rmin = 2 * diameter, rmax = 0, sum = 0, sum2 = 0;
     for (const CZetPoint& p : used.Std()) {
       const double dist = CZetGeometry::Point2PointDist(c, p);
       rmin = std::fmin(rmin, dist);
       rmax = std::fmax(rmax, dist);
-      sum += dist;
-      sum2 += dist * dist;
+      const double scaled = std::ldexp(dist, -exponent);
+      sum += scaled;
+      sum2 += scaled * scaled;
     }
     const double dm = static_cast<double>(m);
     const double spread = dm * sum2 - sum * sum;  // rounding may take it below 0
@@ -93,7 +98,7 @@ int FitCircle(const CArgs& a, const SCircleFitRequest& r) {
     a.Out(11) = 2 * rmax;
     a.Out(12) = rmin / rmax * 100;
     a.Out(13) = (rmax - rmin) * 100 / (rmax + rmin);
-    a.Out(14) = spread < 0 ? 0.0 : std::sqrt(spread / (dm * dm));
+    a.Out(14) = spread < 0 ? 0.0 : std::ldexp(std::sqrt(spread / (dm * dm)), exponent);
   }
   if (r.color != -1) {
     const int color = r.color == 0 ? CZetSetting::Inst().GetDefaultAnnotationColor() : r.color;
