@@ -1,7 +1,5 @@
 // The key sorts of KeySort.h over Highway's vqsort (libhwy_contrib), which picks the
-// widest instruction set of the processor at run time. Runs of equal keys are rare in
-// measured data; a run is ordered by position afterwards (std::sort: a long run of
-// one value is as fast there as anywhere).
+// widest instruction set of the processor at run time.
 #include "arrays/KeySort.h"
 
 #include <hwy/contrib/sort/vqsort.h>
@@ -45,21 +43,28 @@ void SortPositionsByKey(const double* keys, uint32_t* positions, size_t n, EOrde
                                        [keys](uint32_t p) { return !std::isnan(keys[p]); });
   const size_t m = static_cast<size_t>(mid - positions);
   if (m < 2) return;
-  // Key and position pairs sorted by the key alone (the cheaper comparison), then
-  // each run of equal keys put in ascending position.
+  // One 64-bit word per element: the key's top bits above the position's bits, so
+  // that one integer sort orders by key prefix, then by position. Elements whose
+  // prefixes tie (keys equal, or equal in their top 64 - b bits) are then put in the
+  // order of their whole keys, stably; for measured data such runs are short.
+  const int b = static_cast<int>(std::bit_width(n - 1));  // positions run to n - 1 (n >= 2)
   const uint64_t flip = order == EOrder::kAscending ? 0 : ~uint64_t{0};
-  std::vector<hwy::K64V64> pairs(m);
+  const uint64_t low = (uint64_t{1} << b) - 1;
+  std::vector<uint64_t> words(m);
   for (size_t i = 0; i < m; ++i) {
-    pairs[i].key = OrderedBits(keys[positions[i]]) ^ flip;
-    pairs[i].value = positions[i];
+    const uint64_t key = OrderedBits(keys[positions[i]]) ^ flip;
+    words[i] = (key & ~low) | positions[i];
   }
   const hwy::Sorter sorter;
-  sorter(pairs.data(), m, hwy::SortAscending());
-  for (size_t i = 0; i < m; ++i) positions[i] = static_cast<uint32_t>(pairs[i].value);
+  sorter(words.data(), m, hwy::SortAscending());
+  for (size_t i = 0; i < m; ++i) positions[i] = static_cast<uint32_t>(words[i] & low);
+  const auto whole = [&](uint32_t p) { return OrderedBits(keys[p]) ^ flip; };
   for (size_t i = 0; i + 1 < m;) {
     size_t end = i + 1;
-    while (end < m && pairs[end].key == pairs[i].key) ++end;
-    if (end - i > 1) std::sort(positions + i, positions + end);
+    while (end < m && (words[end] & ~low) == (words[i] & ~low)) ++end;
+    if (end - i > 1)
+      std::stable_sort(positions + i, positions + end,
+                       [&](uint32_t x, uint32_t y) { return whole(x) < whole(y); });
     i = end;
   }
 }

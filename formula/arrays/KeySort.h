@@ -6,8 +6,9 @@
 // +0 where the comparison finds them equal. Elements whose key is NaN would break a
 // comparison sort's ordering contract; they are first moved behind the others by the
 // same std::partition as always, so their places do not change. An indirect sort
-// (IndexArray, the point sort) sorts pairs of 64-bit key and position: equal keys
-// come out in ascending position, which the unstable sort's contract allows and which
+// (IndexArray, the point sort) sorts 64-bit words of key prefix and position, then
+// orders runs of equal prefixes by their whole keys: equal keys come out in
+// ascending position, which the unstable sort's contract allows and which
 // makes the result the same on every run and instruction set.
 #pragma once
 
