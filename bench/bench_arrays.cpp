@@ -1,7 +1,7 @@
 // Array instructions through the host's context, each beside the plain loop of its
 // definition over std::vector<double> in the same run: CorrelateCircular (3600 x 3600
 // and 3600 x 360, against the direct s * t loop), Smooth of 10^6 values with 10
-// passes, Sort and IndexArray of 10^6 numbers, Remove Isolated Outliers of 10^5
+// passes, Sort and IndexArray of 10^6 numbers, the point Sort of 10^6 points, Remove Isolated Outliers of 10^5
 // points, and Append and GetAt on a 10^6-element array (neither may copy what it only
 // reads).
 #include <benchmark/benchmark.h>
@@ -151,6 +151,33 @@ void BM_IndexArray(benchmark::State& state) {
   for (auto _ : state) benchmark::DoNotOptimize(r.Run());
 }
 BENCHMARK(BM_IndexArray)->Unit(benchmark::kMillisecond);
+
+// The point Sort, "increasing x", of 10^6 points.
+std::vector<CZetPoint> ShuffledPoints(size_t n) {
+  const std::vector<double> x = Shuffled(n);
+  std::vector<CZetPoint> p(n);
+  for (size_t i = 0; i < n; ++i) p[i] = CZetPoint(x[i], x[n - 1 - i]);
+  return p;
+}
+
+void BM_PointSortLoop(benchmark::State& state) {
+  const std::vector<CZetPoint> in = ShuffledPoints(1000000);
+  std::vector<CZetPoint> out;
+  for (auto _ : state) {
+    out = in;
+    std::sort(out.begin(), out.end(), [](const CZetPoint& a, const CZetPoint& b) { return a.x < b.x; });
+    benchmark::DoNotOptimize(out.data());
+  }
+}
+BENCHMARK(BM_PointSortLoop)->Unit(benchmark::kMillisecond);
+
+void BM_PointSort(benchmark::State& state) {
+  CZetObject points(ZET_OBJ_POINT_ARRAY);
+  points.Ref<CZetPointVector>().Std() = ShuffledPoints(1000000);
+  CRunner r("_Zet_Array_CPArrSort_", {points});
+  for (auto _ : state) benchmark::DoNotOptimize(r.Run());
+}
+BENCHMARK(BM_PointSort)->Unit(benchmark::kMillisecond);
 
 // ---- Remove Isolated Outliers: 10^5 points ----
 

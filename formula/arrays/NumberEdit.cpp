@@ -126,17 +126,14 @@ class CNArrSort final : public TInstr<CNArrSort> {
     const bool descending = a.Bool(1);
     double* out = SizedOut(a, 0, in.size());
     std::copy(in.begin(), in.end(), out);
-    const auto self = [](double x) { return x; };
-    if (descending)
-      SortByKey(out, out + in.size(), self, [](double x, double y) { return x > y; });
-    else
-      SortByKey(out, out + in.size(), self, [](double x, double y) { return x < y; });
+    SortNumbers(out, in.size(), descending ? EOrder::kDescending : EOrder::kAscending);
     return kOk;
   }
 };
 
-// The method is a parameter. The comparison reads the input through a reference
-// local to the run, so an object keeps no state and may run on several threads.
+// The method is a parameter. The sort reads the input through a pointer local to
+// the run, so an object keeps no state and may run on several threads. Indexes of
+// equal values come out in ascending order (KeySort.h).
 class CNArrMathIndexArray final : public TInstr<CNArrMathIndexArray> {
  public:
   static void Describe(CDescriber& d) {
@@ -151,13 +148,12 @@ class CNArrMathIndexArray final : public TInstr<CNArrMathIndexArray> {
     CArgs a(ctx);
     const std::vector<double>& in = a.Get<CZetNumberVector>(0).Std();
     const int method = a.Param(0).AsInt();
-    std::vector<unsigned> order(in.size());
+    std::vector<uint32_t> order(in.size());
     std::iota(order.begin(), order.end(), 0u);
-    const auto value = [&in](unsigned i) { return in[i]; };
-    if (in.size() > 1 && method == 1)
-      SortByKey(order.begin(), order.end(), value, [](double x, double y) { return x > y; });
-    else if (in.size() > 1 && method == 2)
-      SortByKey(order.begin(), order.end(), value, [](double x, double y) { return x < y; });
+    if (method == 1)
+      SortPositionsByKey(in.data(), order.data(), order.size(), EOrder::kDescending);
+    else if (method == 2)
+      SortPositionsByKey(in.data(), order.data(), order.size(), EOrder::kAscending);
     std::copy(order.begin(), order.end(), SizedOut(a, 0, in.size()));
     return kOk;
   }

@@ -63,8 +63,7 @@ class CPArrSort final : public TInstr<CPArrSort> {
     int criterion = a.Param(0).AsInt();
     if (criterion < 0 || criterion > 5) criterion = 0;
     std::vector<CZetPoint> work(in);
-    const auto increasing = [](double x, double y) { return x < y; };
-    const auto decreasing = [](double x, double y) { return x > y; };
+    constexpr EOrder increasing = EOrder::kAscending, decreasing = EOrder::kDescending;
     const auto byX = [](const CZetPoint& p) { return p.x; };
     const auto byY = [](const CZetPoint& p) { return p.y; };
     const auto byDist = [](const CZetPoint& p) { return p.x * p.x + p.y * p.y; };

@@ -96,13 +96,18 @@ int FitCircle(const CArgs& a, const SCircleFitRequest& r) {
   if (status != CZetGeometry::kFitOk) return kFail;
 
   if (m > 0) {
+    // The sums run on radii scaled by a power of two near 1 / diameter: exact, so the
+    // result is the formula's to the bit, and finite for circles whose squared radii
+    // would overflow.
+    const int exponent = std::isfinite(diameter) && diameter > 0 ? std::ilogb(diameter) : 0;
     double rmin = 2 * diameter, rmax = 0, sum = 0, sum2 = 0;
     for (const CZetPoint& p : used.Std()) {
       const double dist = CZetGeometry::Point2PointDist(c, p);
       rmin = std::fmin(rmin, dist);
       rmax = std::fmax(rmax, dist);
-      sum += dist;
-      sum2 += dist * dist;
+      const double scaled = std::ldexp(dist, -exponent);
+      sum += scaled;
+      sum2 += scaled * scaled;
     }
     const double dm = static_cast<double>(m);
     const double spread = dm * sum2 - sum * sum;  // rounding may take it below 0
@@ -110,7 +115,8 @@ int FitCircle(const CArgs& a, const SCircleFitRequest& r) {
     a.Out(kCircleMaxDiameter) = 2 * rmax;
     a.Out(kCircleCircularity) = rmin / rmax * 100;
     a.Out(kCircleOvality) = (rmax - rmin) * 100 / (rmax + rmin);
-    a.Out(kCircleStdDeviation) = spread < 0 ? 0.0 : std::sqrt(spread / (dm * dm));
+    a.Out(kCircleStdDeviation) =
+        spread < 0 ? 0.0 : std::ldexp(std::sqrt(spread / (dm * dm)), exponent);
   }
   if (r.color != -1) {
     const int color = r.color == 0 ? CZetSetting::Inst().GetDefaultAnnotationColor() : r.color;

@@ -11,8 +11,9 @@
 //   (PolarTables.h); the few entries within a hair of a truncation boundary are
 //   marked, and their blocks are recomputed by the definition.
 // - Type 9 looks its colour up in a table over (S1, S2) of the AoP byte's colour at
-//   full saturation and value; type 10 looks the AoP byte up, then the colour of
-//   (hue, 255, value) in a table built by the definition's HSV-to-RGB step.
+//   full saturation and value; type 10 looks the AoP byte up, then computes the
+//   colour of (hue, 255, value) in the definition's single-precision operations
+//   (PolarHsv-inl.h).
 // Every kernel ends with a scalar tail over the last columns, using the definition.
 // The exhaustive test checks every reachable (S1, S2, sum).
 #undef HWY_TARGET_INCLUDE
@@ -21,6 +22,7 @@
 
 #include <hwy/highway.h>
 
+#include "image/PolarHsv-inl.h"
 #include "image/PolarKernels.h"
 #include "image/PolarTables.h"
 
@@ -204,7 +206,7 @@ HWY_INLINE void BlockRow(int type, const uint8_t* row0, const uint8_t* row1, uin
 
 // Types 9 and 10: the AoP byte as hue at full saturation, and the fourth byte 0.
 // Type 9's colour (value 255) comes straight from the table over (S1, S2); type
-// 10's from the table of (hue, 255, value).
+// 10's is computed from (hue, 255, value).
 void ColourRow(int type, const uint8_t* row0, const uint8_t* row1, uint8_t* dst, int cols,
                const SRowArgs& args) {
   const D32 d;
@@ -221,9 +223,9 @@ void ColourRow(int type, const uint8_t* row0, const uint8_t* row1, uint8_t* dst,
           return args.hueRgb[255 << 8 | AopPixel(s1, s2, s0h)];
         });
     } else {
-      // The value is trunc(S0h / 2) = sum / 4.
-      const V32 index = hn::Or(hn::ShiftLeft<8>(hn::ShiftRight<2>(b.sum)), Hue(args.aop, b));
-      rgb = hn::GatherIndex(d, args.hueRgb, index);
+      // The value is trunc(S0h / 2) = sum / 4; the colour computed, not looked up:
+      // a gather from the 256 KB table of (hue, value) costs more.
+      rgb = HsvToRgbLanes(d, Hue(args.aop, b), hn::Set(d, 255), hn::ShiftRight<2>(b.sum));
     }
     hn::StoreU(rgb, d, reinterpret_cast<int32_t*>(dst + 4 * c));
   }
@@ -279,7 +281,7 @@ void FastProcess(int type, const SPolarFrame& f) {
   SRowArgs args;
   if (type == kTypeDolp) args.dolpFactor = DolpFactor();
   if (type == kTypeAop || type == kTypeHueValue) args.aop = AopTable();
-  if (IsColourType(type)) args.hueRgb = HueRgbTable();
+  if (type == kTypeHue) args.hueRgb = HueRgbTable();
   if (type == kTypeHue) args.hueColour = HueColourTable();
   auto row = [&](int r) {
     HWY_DYNAMIC_DISPATCH(RowImpl)(type, f.src + 2 * r * f.srcPitch,

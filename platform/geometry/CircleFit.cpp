@@ -37,9 +37,13 @@ struct SCircleModel {
   double cx = 0, cy = 0, r = 0;
   bool fitted = false;  // cx, cy, r hold a circle
 
-  double Distance(const CZetPoint& p) const {
-    const double dx = p.x - cx, dy = p.y - cy;
-    return std::fabs(std::sqrt(dx * dx + dy * dy) - r);
+  double Distance(const CZetPoint& p) const { return std::fabs(Length(p.x - cx, p.y - cy) - r); }
+
+  // sqrt(dx² + dy²), or where the squares overflow (lengths beyond 1e154) the same
+  // length without them.
+  static double Length(double dx, double dy) {
+    const double s = dx * dx + dy * dy;
+    return std::isfinite(s) ? std::sqrt(s) : std::hypot(dx, dy);
   }
 
   unsigned Fit(const CZetPoint* points, const uint32_t* idx, size_t m) {
@@ -49,10 +53,11 @@ struct SCircleModel {
   // The centre: the median, coordinate by coordinate, of the centres of the circles
   // through points a third of the set apart; the radius: the median distance of the
   // points from it.
-  bool RobustStart(const CZetPoint* points, size_t n) {
+  bool RobustStart(const CZetPoint* points, size_t n, SFitScratch& scratch) {
     const size_t third = n / 3;
-    std::vector<double> xs, ys;
-    xs.reserve(third), ys.reserve(third);
+    std::vector<double>& xs = scratch.first;
+    std::vector<double>& ys = scratch.second;
+    xs.clear(), ys.clear();
     for (size_t i = 0; i < third; ++i) {
       const CZetPoint& a = points[i];
       const double bx = points[i + third].x - a.x, by = points[i + third].y - a.y;
@@ -65,14 +70,14 @@ struct SCircleModel {
       ys.push_back(a.y + uy);
     }
     if (xs.empty()) return false;
-    cx = MedianInPlace(xs), cy = MedianInPlace(ys);
-    std::vector<double> radii(n);
+    cx = Median(xs), cy = Median(ys);
+    std::vector<double>& radii = scratch.first;
+    radii.resize(n);
     for (size_t i = 0; i < n; ++i) {
-      const double dx = points[i].x - cx, dy = points[i].y - cy;
-      radii[i] = std::sqrt(dx * dx + dy * dy);
+      radii[i] = Length(points[i].x - cx, points[i].y - cy);
       if (std::isnan(radii[i])) return false;
     }
-    r = MedianInPlace(radii);
+    r = Median(radii);
     fitted = std::isfinite(cx) && std::isfinite(cy) && std::isfinite(r);
     return fitted;
   }
@@ -223,12 +228,16 @@ unsigned CZetGeometry::Points2BestCircle(const CZetPoint* points, size_t count,
   const unsigned status = zet::geometry::TrimmedFit(points, count, percent, model, &kept);
   *included = status == kFitOk ? static_cast<unsigned>(kept.Count(count)) : 0u;
   zet::geometry::SplitPoints(points, count, status == kFitOk ? &kept : nullptr, used, outliers);
-  if (status != kFitOk) return status;
+  if (status != kFitOk) {
+    zet::geometry::FinishFit(&kept);
+    return status;
+  }
   const size_t m = kept.Count(count);
   double sum = 0;
   for (size_t j = 0; j < m; ++j) sum += model.Distance(points[kept.all ? j : kept.idx[j]]);
   *diameter = 2 * model.r;
   *avgError = sum / static_cast<double>(m);
   *center = CZetPoint(model.cx, model.cy);
+  zet::geometry::FinishFit(&kept);
   return kFitOk;
 }

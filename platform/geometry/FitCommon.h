@@ -8,7 +8,7 @@
 //     unsigned Fit(const CZetPoint* points, const uint32_t* idx, size_t m);
 //     // A rough fit of points[0 .. n - 1] that a minority of gross outliers cannot
 //     // drag (medians of fits to a few points each); false when there is none.
-//     bool RobustStart(const CZetPoint* points, size_t n);
+//     bool RobustStart(const CZetPoint* points, size_t n, SFitScratch& scratch);
 //     double Distance(const CZetPoint& p) const;   // >= 0
 //   };
 //
@@ -31,6 +31,21 @@ struct SKept {
   std::vector<uint32_t> idx;  // input order; empty when `all`
   size_t Count(size_t n) const { return all ? n : idx.size(); }
 };
+
+// The working memory of the fits, kept per thread from one fit to the next: a fit
+// of 10^6 points needs some 30 MB, and touching fresh pages costs more than the fit
+// itself on a virtual machine. FinishFit hands a fit's kept list back and releases
+// the memory when it outgrew kScratchKeepBytes, so that one huge fit does not hold
+// its memory for the life of the thread.
+struct SFitScratch {
+  std::vector<double> dist, work, first, second;
+  std::vector<uint32_t> subset, near;
+  std::vector<uint8_t> in, before;
+  size_t Bytes() const;
+};
+inline constexpr size_t kScratchKeepBytes = size_t{16} << 20;
+SFitScratch& FitScratch();
+void FinishFit(SKept* kept);
 
 // Whether a coordinate of points[0 .. n - 1] is NaN or infinite.
 bool AnyNonFinite(const CZetPoint* points, size_t n);
@@ -118,9 +133,26 @@ unsigned WithIndex(const uint32_t* idx, Fit fit) {
 unsigned FitLine(const CZetPoint* points, size_t n, unsigned percent, CZetLine* out,
                  SKept* kept);
 
-// The median of values[0 .. n - 1] (the upper one for even n), reordering them; the
-// values must not be NaN.
-double MedianInPlace(std::vector<double>& values);
+// The value std::nth_element would leave at position k of values[0 .. n - 1], k < n:
+// the (k + 1)-th smallest. The values must not be NaN. Large sets are narrowed first to
+// the values between two ranks of a sample that bracket k, so that the full selection
+// runs on a few per cent of them; `work` is scratch.
+double KthSmallest(const double* values, size_t n, size_t k, std::vector<double>& work);
+
+// The median of values[0 .. n - 1] (the upper one for even n); the values must not
+// be NaN. Uses the scratch's `work`.
+double Median(const std::vector<double>& values);
+
+// |distance| of every point from the model's fit, NaN taken as infinite, so that the
+// order has no NaN.
+template <class Model>
+void Distances(const Model& model, const CZetPoint* points, size_t n, std::vector<double>& out) {
+  out.resize(n);
+  for (size_t i = 0; i < n; ++i) {
+    const double e = model.Distance(points[i]);
+    out[i] = e >= 0 ? e : INFINITY;
+  }
+}
 
 inline constexpr int kTrimSteps = 4;           // k/2, 3k/4, 7k/8, k
 inline constexpr int kConcentrationSteps = 4;  // refits on the nearest n - k at most
@@ -130,8 +162,13 @@ inline constexpr double kReweightCut = 2.5;     // robust standard deviations
 template <class Model>
 class TTrimmer {
  public:
-  TTrimmer(const CZetPoint* points, size_t n, size_t k)
-      : m_points(points), m_n(n), m_k(k), m_order(n), m_in(n), m_before(n) {}
+  TTrimmer(const CZetPoint* points, size_t n, size_t k, SFitScratch& scratch)
+      : m_points(points), m_n(n), m_k(k), m_in(scratch.in), m_before(scratch.before),
+        m_subset(scratch.subset), m_near(scratch.near), m_dist(scratch.dist),
+        m_work(scratch.work) {
+    m_in.assign(n, 0);
+    m_before.assign(n, 0);
+  }
 
   // From the model's current fit: the steps toward k when `inSteps`, then refits on
   // the nearest n - k until that set stays. On success the model fits `kept`.
@@ -151,7 +188,7 @@ class TTrimmer {
     }
     Reselect(model);
     kept->all = false;
-    kept->idx = m_subset;
+    kept->idx.swap(m_subset);
     return CZetGeometry::kFitOk;
   }
 
@@ -164,80 +201,81 @@ class TTrimmer {
   // of the trimmed fit. The n - k points nearest to that fit are kept, and fitted.
   // When a step fails, the trimmed fit stands.
   void Reselect(Model& model) {
-    std::vector<double>& dist = m_work;
-    dist.resize(m_n);
-    for (size_t i = 0; i < m_n; ++i) {
-      const double e = model.Distance(m_points[i]);
-      dist[i] = e >= 0 ? e : INFINITY;
-    }
-    std::vector<double> sorted = dist;
-    const double cut = kReweightCut * 1.4826 * MedianInPlace(sorted);
+    std::vector<double>& dist = m_dist;
+    Distances(model, m_points, m_n, dist);
+    const double cut = kReweightCut * 1.4826 * KthSmallest(dist.data(), m_n, m_n / 2, m_work);
     if (!(cut > 0) || !std::isfinite(cut)) return;  // an exact fit, or no scale
-    std::vector<uint32_t> near;
+    std::vector<uint32_t>& near = m_near;
+    near.clear();
     for (size_t i = 0; i < m_n; ++i)
       if (dist[i] <= cut) near.push_back(static_cast<uint32_t>(i));
     Model wide = model;
     if (near.size() < Model::kMinPoints ||
         wide.Fit(m_points, near.data(), near.size()) != CZetGeometry::kFitOk)
       return;
-    const std::vector<uint32_t> trimmed = m_subset;
+    m_near.assign(m_subset.begin(), m_subset.end());  // the trimmed set
     bool changed = false;
     if (Step(wide, m_k, &changed) != CZetGeometry::kFitOk) {
-      m_subset = trimmed;
+      m_subset.swap(m_near);
       return;
     }
     if (changed) model = wide;  // else the trimmed fit is the fit of the same set
   }
 
   // Keeps the n - t points nearest to the current fit (ties: the earlier point) and
-  // refits on them in input order, unless they are the set the fit came from.
+  // refits on them in input order, unless they are the set the fit came from. The
+  // kept set is that of (distance, index) order: every point nearer than the
+  // (n - t)-th distance, then the earliest of those at that distance.
   unsigned Step(Model& model, size_t t, bool* changed) {
-    for (size_t i = 0; i < m_n; ++i) {
-      const double e = model.Distance(m_points[i]);
-      m_order[i] = {e >= 0 ? e : INFINITY, static_cast<uint32_t>(i)};  // no NaN in the order
-    }
+    Distances(model, m_points, m_n, m_dist);
     const size_t keep = m_n - t;
-    std::nth_element(m_order.begin(), m_order.begin() + static_cast<ptrdiff_t>(keep),
-                     m_order.end(), [](const SRanked& a, const SRanked& b) {
-                       return a.dist < b.dist || (a.dist == b.dist && a.index < b.index);
-                     });
+    const double* dist = m_dist.data();
+    const double cut = KthSmallest(dist, m_n, keep - 1, m_work);
+    size_t below = 0;
+    for (size_t i = 0; i < m_n; ++i) below += dist[i] < cut;
+    size_t ties = keep - below;
     m_before.swap(m_in);
-    std::fill(m_in.begin(), m_in.end(), 0);
-    for (size_t j = 0; j < keep; ++j) m_in[m_order[j].index] = 1;
+    uint8_t* in = m_in.data();
+    for (size_t i = 0; i < m_n; ++i) {
+      const bool take = dist[i] == cut && ties > 0;
+      ties -= take;
+      in[i] = static_cast<uint8_t>(dist[i] < cut || take);
+    }
     *changed = m_in != m_before;
     if (!*changed) return CZetGeometry::kFitOk;
     m_subset.clear();
     for (size_t i = 0; i < m_n; ++i)
-      if (m_in[i]) m_subset.push_back(static_cast<uint32_t>(i));
+      if (in[i]) m_subset.push_back(static_cast<uint32_t>(i));
     return model.Fit(m_points, m_subset.data(), m_subset.size());
   }
 
-  struct SRanked {
-    double dist;
-    uint32_t index;
-  };
   const CZetPoint* m_points;
   size_t m_n, m_k;
-  std::vector<SRanked> m_order;
-  std::vector<uint32_t> m_subset;
-  std::vector<uint8_t> m_in, m_before;
-  std::vector<double> m_work;
+  std::vector<uint8_t>& m_in;
+  std::vector<uint8_t>& m_before;
+  std::vector<uint32_t>& m_subset;
+  std::vector<uint32_t>& m_near;
+  std::vector<double>& m_dist;
+  std::vector<double>& m_work;
 };
 
 // The sum of the n - k smallest squared distances from the model's fit: how well a
-// start fits the points that trimming would keep.
+// start fits the points that trimming would keep. Summed in input order: those below
+// the (n - k)-th, then that one as often as it is needed.
 template <class Model>
 double TrimmedCost(const CZetPoint* points, size_t n, size_t k, const Model& model,
-                   std::vector<double>& work) {
-  work.resize(n);
-  for (size_t i = 0; i < n; ++i) {
-    const double e = model.Distance(points[i]);
-    work[i] = e >= 0 ? e * e : INFINITY;
-  }
-  std::nth_element(work.begin(), work.begin() + static_cast<ptrdiff_t>(n - k - 1), work.end());
+                   std::vector<double>& squares, std::vector<double>& work) {
+  Distances(model, points, n, squares);
+  for (double& e : squares) e *= e;
+  const double cut = KthSmallest(squares.data(), n, n - k - 1, work);
   double sum = 0;
-  for (size_t i = 0; i < n - k; ++i) sum += work[i];
-  return sum;
+  size_t counted = 0;
+  for (size_t i = 0; i < n; ++i) {
+    const bool in = squares[i] < cut;
+    sum += in ? squares[i] : 0.0;
+    counted += in;
+  }
+  return sum + static_cast<double>(n - k - counted) * cut;
 }
 
 // The fit after discarding k = floor(n * percent / 100) points. Trimming starts from
@@ -258,14 +296,16 @@ unsigned TrimmedFit(const CZetPoint* points, size_t n, unsigned percent, Model& 
     kept->idx.clear();
     return status;
   }
-  TTrimmer<Model> trimmer(points, n, k);
-  std::vector<double> work;
+  SFitScratch& scratch = FitScratch();
   Model robust;
-  if (robust.RobustStart(points, n) &&
-      TrimmedCost(points, n, k, robust, work) < TrimmedCost(points, n, k, model, work)) {
+  if (robust.RobustStart(points, n, scratch) &&
+      TrimmedCost(points, n, k, robust, scratch.dist, scratch.work) <
+          TrimmedCost(points, n, k, model, scratch.dist, scratch.work)) {
+    TTrimmer<Model> trimmer(points, n, k, scratch);
     model = robust;
     return trimmer.Run(model, false, kept);
   }
+  TTrimmer<Model> trimmer(points, n, k, scratch);
   return trimmer.Run(model, true, kept);
 }
 

@@ -39,10 +39,66 @@ void SplitPoints(const CZetPoint* points, size_t n, const SKept* kept, CZetPoint
   }
 }
 
-double MedianInPlace(std::vector<double>& values) {
-  const auto mid = values.begin() + static_cast<ptrdiff_t>(values.size() / 2);
-  std::nth_element(values.begin(), mid, values.end());
-  return *mid;
+double KthSmallest(const double* values, size_t n, size_t k, std::vector<double>& work) {
+  // Below this many values, or when the sample's bracket misses k, the whole set.
+  constexpr size_t kNarrowFrom = 2048;
+  const auto whole = [&] {
+    work.assign(values, values + n);
+    std::nth_element(work.begin(), work.begin() + static_cast<ptrdiff_t>(k), work.end());
+    return work[k];
+  };
+  if (n < kNarrowFrom) return whole();
+  // A sample of s = (2n)^(2/3) values evenly spread (which balances the selection in
+  // the sample against the one in the bracket); the sample ranks k s / n -/+ three
+  // standard deviations of the sample rank (sqrt(s) / 2 at most) bracket the k-th value.
+  const size_t every = std::max<size_t>(2, static_cast<size_t>(std::cbrt(n / 4.0)));
+  const size_t s = n / every;
+  work.resize(s);
+  for (size_t j = 0; j < s; ++j) work[j] = values[j * every];
+  const size_t centre = std::min(s - 1, k / every);
+  const size_t spread = static_cast<size_t>(1.5 * std::sqrt(static_cast<double>(s))) + 8;
+  const size_t rlo = centre > spread ? centre - spread : 0, rhi = std::min(s - 1, centre + spread);
+  std::nth_element(work.begin(), work.begin() + static_cast<ptrdiff_t>(rhi), work.end());
+  const double hi = rhi == s - 1 ? INFINITY : work[rhi];
+  std::nth_element(work.begin(), work.begin() + static_cast<ptrdiff_t>(rlo),
+                   work.begin() + static_cast<ptrdiff_t>(rhi));
+  const double lo = rlo == 0 ? -INFINITY : work[rlo];
+  // Count what lies below the bracket; keep what lies in it.
+  work.resize(n);
+  double* cand = work.data();
+  size_t below = 0, m = 0;
+  for (size_t i = 0; i < n; ++i) {
+    const double v = values[i];
+    below += v < lo;
+    cand[m] = v;
+    m += (v >= lo) & (v <= hi);
+  }
+  if (k < below || k >= below + m) return whole();
+  std::nth_element(work.begin(), work.begin() + static_cast<ptrdiff_t>(k - below),
+                   work.begin() + static_cast<ptrdiff_t>(m));
+  return work[k - below];
+}
+
+double Median(const std::vector<double>& values) {
+  return KthSmallest(values.data(), values.size(), values.size() / 2, FitScratch().work);
+}
+
+size_t SFitScratch::Bytes() const {
+  return (dist.capacity() + work.capacity() + first.capacity() + second.capacity()) *
+             sizeof(double) +
+         (subset.capacity() + near.capacity()) * sizeof(uint32_t) + in.capacity() +
+         before.capacity();
+}
+
+SFitScratch& FitScratch() {
+  thread_local SFitScratch scratch;
+  return scratch;
+}
+
+void FinishFit(SKept* kept) {
+  SFitScratch& scratch = FitScratch();
+  if (kept->idx.capacity() > scratch.subset.capacity()) scratch.subset.swap(kept->idx);
+  if (scratch.Bytes() > kScratchKeepBytes) scratch = SFitScratch();
 }
 
 namespace {
@@ -68,10 +124,11 @@ struct SLineModel {
   // The direction: the median, component by component, of the doubled-angle unit
   // vectors of the steps between points half the set apart (no wrap at ±π/2); the
   // offset: the median of the points' offsets along the normal.
-  bool RobustStart(const CZetPoint* points, size_t n) {
+  bool RobustStart(const CZetPoint* points, size_t n, SFitScratch& scratch) {
     const size_t half = n / 2;
-    std::vector<double> c2, s2;
-    c2.reserve(half), s2.reserve(half);
+    std::vector<double>& c2 = scratch.first;
+    std::vector<double>& s2 = scratch.second;
+    c2.clear(), s2.clear();
     for (size_t i = 0; i < half; ++i) {
       const double dx = points[i + half].x - points[i].x, dy = points[i + half].y - points[i].y;
       const double len = std::hypot(dx, dy);
@@ -81,16 +138,17 @@ struct SLineModel {
       s2.push_back(2 * ux * uy);
     }
     if (c2.empty()) return false;
-    const double a = 0.5 * std::atan2(MedianInPlace(s2), MedianInPlace(c2));
+    const double a = 0.5 * std::atan2(Median(s2), Median(c2));
     CZetLine l(a, 0);
     CZetGeometry::NormalizeLine(&l);
     nx = -std::sin(l.a), ny = std::cos(l.a);
-    std::vector<double> offsets(n);
+    std::vector<double>& offsets = scratch.first;
+    offsets.resize(n);
     for (size_t i = 0; i < n; ++i) {
       offsets[i] = nx * points[i].x + ny * points[i].y;
       if (std::isnan(offsets[i])) return false;
     }
-    line = CZetLine(l.a, MedianInPlace(offsets) + 0.0);
+    line = CZetLine(l.a, Median(offsets) + 0.0);
     return std::isfinite(line.d);
   }
   double Signed(const CZetPoint& p) const { return nx * p.x + ny * p.y - line.d; }
@@ -121,6 +179,7 @@ unsigned CZetGeometry::Points2BestLine(const CZetPoint* points, size_t count, un
   const unsigned status = zet::geometry::FitLine(points, count, percent, out, &kept);
   *included = status == kFitOk ? static_cast<unsigned>(kept.Count(count)) : 0u;
   SplitPoints(points, count, status == kFitOk ? &kept : nullptr, used, outliers);
+  zet::geometry::FinishFit(&kept);
   return status;
 }
 
@@ -134,7 +193,10 @@ unsigned CZetGeometry::Points2BestLineMaxOutliers(const CZetPoint* points, size_
   const unsigned status = TrimmedFit(points, count, percent, model, &kept);
   *included = status == kFitOk ? static_cast<unsigned>(kept.Count(count)) : 0u;
   SplitPoints(points, count, status == kFitOk ? &kept : nullptr, nullptr, outliers);
-  if (status != kFitOk) return status;
+  if (status != kFitOk) {
+    zet::geometry::FinishFit(&kept);
+    return status;
+  }
   // The furthest kept points on either side; ties keep the earlier point.
   const size_t m = kept.Count(count);
   size_t lo = 0, hi = 0;
@@ -150,5 +212,6 @@ unsigned CZetGeometry::Points2BestLineMaxOutliers(const CZetPoint* points, size_
   *minPoint = points[lo];
   *maxPoint = points[hi];
   *out = model.line;
+  zet::geometry::FinishFit(&kept);
   return status;
 }

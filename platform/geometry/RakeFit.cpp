@@ -142,5 +142,6 @@ unsigned CZetGeometry::RakePoints2BestLine(const CZetPoint* points, size_t count
   *included = static_cast<unsigned>(m);
   *out = line;
   zet::geometry::SplitPoints(points, count, &kept, used, outliers);
+  zet::geometry::FinishFit(&fitted);
   return kFitOk;
 }

@@ -237,6 +237,45 @@ TEST(Fits, SignedExtremesEitherSide) {
             G::kFitBadPercent);
 }
 
+// Finite points near 1e300 (squares and spreads beyond the double range) give finite
+// fits of the right shape, with and without trimming.
+TEST(Fits, CoordinatesNear1e300GiveFiniteResults) {
+  const double s = 1e299;
+  for (const unsigned percent : {0u, 20u}) {
+    SCOPED_TRACE(percent);
+    Pts c = OnCircle(3 * s, -5 * s, 2 * s, 40);
+    c[7] = CZetPoint(3 * s, -5 * s);  // the centre itself: an outlier
+    const SCircle k = FitCircle(c, percent);
+    ASSERT_EQ(k.status, G::kFitOk);
+    EXPECT_TRUE(std::isfinite(k.error));
+    if (percent > 0) {
+      EXPECT_NEAR(k.diameter / s, 4, 1e-9);
+      EXPECT_NEAR(k.centre.x / s, 3, 1e-9);
+      EXPECT_NEAR(k.centre.y / s, -5, 1e-9);
+      EXPECT_NEAR(k.error / s, 0, 1e-9);
+    } else {
+      EXPECT_TRUE(std::isfinite(k.diameter) && std::isfinite(k.centre.x) && std::isfinite(k.centre.y));
+    }
+    Pts l = OnLine(0.7, 8 * s, 30, s / 10, -s);
+    l[3].x += s;
+    const SLine f = FitLine(l, percent);
+    ASSERT_EQ(f.status, G::kFitOk);
+    EXPECT_TRUE(std::isfinite(f.line.a) && std::isfinite(f.line.d));
+    if (percent > 0) {
+      EXPECT_NEAR(f.line.a, 0.7, 1e-9);
+      EXPECT_NEAR(f.line.d / s, 8, 1e-9);
+    }
+    unsigned included = 0;
+    double lo = 0, hi = 0;
+    CZetPoint plo, phi;
+    CZetLine line;
+    ASSERT_EQ(G::Points2BestLineMaxOutliers(l.data(), l.size(), percent, &included, &lo, &hi, &plo,
+                                            &phi, &line, nullptr),
+              G::kFitOk);
+    EXPECT_TRUE(std::isfinite(lo) && std::isfinite(hi));
+  }
+}
+
 TEST(Fits, MillionPoints) {
   std::mt19937_64 rng(3);
   std::normal_distribution<> noise(0, 0.5);

@@ -232,6 +232,31 @@ TEST_F(Geometric, CircleFitOutputsStatisticsAndDrawing) {
   CZetSetting::Inst().SetDefaultAnnotationColor(0x00FF00);
 }
 
+// Points near 1e300, on circles whose squared radii overflow: every output finite,
+// the oval's statistics those of the small one scaled up.
+TEST_F(Geometric, CircleFitOfHugeCoordinatesStaysFinite) {
+  const double scale = 1e298;
+  CZetObject oval(ZET_OBJ_POINT_ARRAY);
+  for (int i = 0; i < 8; ++i) {
+    const double r = (i % 2 ? 11 : 9) * scale, t = 2 * kPi * i / 8;
+    oval.Ref<CZetPointVector>().PushBack(
+        CZetPoint(50 * scale + r * std::cos(t), -40 * scale + r * std::sin(t)));
+  }
+  for (const double percent : {0.0, 25.0}) {
+    SCOPED_TRACE(percent);
+    const CRun r = Exec("PtsToBestCircle", {V(percent), oval, V(false), V(1.0), V(-1.0)});
+    ASSERT_EQ(r.status, 0);
+    for (int out : {0, 2, 10, 11, 12, 13, 14}) EXPECT_TRUE(std::isfinite(r.Out(out).AsDouble())) << out;
+    EXPECT_TRUE(std::isfinite(Pt(r.Out(3)).x) && std::isfinite(Pt(r.Out(3)).y));
+    if (percent == 0) {
+      EXPECT_NEAR(r.Out(0).AsDouble() / scale, 20, 1e-9);
+      EXPECT_NEAR(r.Out(2).AsDouble() / scale, 1, 1e-9);   // avg fit error
+      EXPECT_NEAR(r.Out(14).AsDouble() / scale, 1, 1e-9);  // std deviation
+      EXPECT_NEAR(r.Out(13).AsDouble(), 10, 1e-9);
+    }
+  }
+}
+
 TEST_F(Geometric, CircleFitFailuresAndVariadicPoints) {
   const struct {
     const char* what;
