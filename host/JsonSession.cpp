@@ -59,8 +59,8 @@ struct CZetJsonSession::SImpl {
     const int declared = static_cast<int>(info.inputs.size());
 
     // A reference, not a copy: the inputs may be the bulk of the request.
-    static const Json kNoInputs = Json::array();
-    const Json& inputs = req.contains("inputs") ? req.at("inputs") : kNoInputs;
+    const Json noInputs = Json::array();
+    const Json& inputs = req.contains("inputs") ? req.at("inputs") : noInputs;
     if (!inputs.is_array()) Fail("\"inputs\" must be a list");
     const int given = static_cast<int>(inputs.size());
     if (!info.variadic && given > declared)
