@@ -6,6 +6,12 @@
 # The package's library dependencies are computed by dpkg-shlibdeps from the binaries
 # themselves, so a plug-in-only build does not depend on the host's libraries.
 set(CPACK_GENERATOR DEB)
+if(WIN32)
+  # Windows builds: a zip of the same install tree, with the plug-in beside zet.exe
+  # and the compiler's runtime DLLs (cmake/WindowsRuntime.cmake).
+  set(CPACK_GENERATOR ZIP)
+  set(CPACK_SYSTEM_NAME ${CMAKE_SYSTEM_NAME}-${CMAKE_SYSTEM_PROCESSOR})
+endif()
 set(CPACK_PACKAGE_NAME zetformulalib)
 set(CPACK_PACKAGE_VENDOR "ZetFormulaLib developers")
 set(CPACK_PACKAGE_CONTACT "ZetFormulaLib developers <zetformulalib@localhost>")

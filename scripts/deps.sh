@@ -10,7 +10,9 @@ pkgs=(cmake ninja-build g++ clang libomp-dev pkg-config binutils googletest libg
       libeigen3-dev libcairo2-dev libpango1.0-dev
       # The OS layer: X11 key names to build; the desktop parts it opens at run time
       # (libX11, libcanberra, zenity) and the X server and key presser of its tests.
-      x11proto-dev libx11-6 libcanberra0 zenity xvfb xdotool)
+      x11proto-dev libx11-6 libcanberra0 zenity xvfb xdotool
+      # The Windows builds (scripts/windeps.sh builds their libraries) and Wine to test them.
+      g++-mingw-w64-i686-posix g++-mingw-w64-x86-64-posix mingw-w64-tools wine wine64)
 [ "${1:-}" = "--bench" ] && pkgs+=(libopencv-dev)
 missing=()
 for p in "${pkgs[@]}"; do

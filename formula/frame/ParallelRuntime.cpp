@@ -13,13 +13,26 @@
 // The parked workers then stay valid whatever the host does with the plug-in, later
 // loads of the plug-in reuse the same runtime and its pools, and nothing of the
 // plug-in's own code is left on their stacks between regions.
+#if defined(_WIN32)
+#include <windows.h>
+#else
 #include <dlfcn.h>
+#endif
 #include <omp.h>
 
 #include "frame/Registry.h"
 
 namespace zet {
 
+#if defined(_WIN32)
+// Windows: the module that holds omp_get_max_threads (libgomp-1.dll) is pinned: the
+// loader never unloads it for the rest of the process.
+void PinParallelRuntime() {
+  HMODULE module = nullptr;
+  GetModuleHandleExA(GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS | GET_MODULE_HANDLE_EX_FLAG_PIN,
+                     reinterpret_cast<LPCSTR>(&omp_get_max_threads), &module);
+}
+#else
 void PinParallelRuntime() {
   Dl_info info{};
   // Whichever runtime the build linked (GNU libgomp, LLVM libomp): the file that
@@ -29,5 +42,6 @@ void PinParallelRuntime() {
   // handle adds one reference that is deliberately never released.
   dlopen(info.dli_fname, RTLD_NOW | RTLD_NOLOAD | RTLD_NODELETE);
 }
+#endif
 
 }  // namespace zet

@@ -4,7 +4,11 @@
 
 #include <spdlog/logger.h>
 #include <spdlog/sinks/rotating_file_sink.h>
+#if defined(_WIN32)
+#include <windows.h>
+#else
 #include <unistd.h>
+#endif
 
 #include <algorithm>
 #include <cerrno>
@@ -30,6 +34,16 @@ std::string Env(const char* name) {
   return CZetOs::GetEnv(name, &v) ? std::string(v) : std::string();
 }
 
+#if defined(_WIN32)
+// %LOCALAPPDATA%\zet\<program>.log, or the temporary folder's zet\ without it.
+std::string DefaultPath() {
+  char exe[MAX_PATH] = "zet";
+  GetModuleFileNameA(nullptr, exe, MAX_PATH);
+  const std::string local = Env("LOCALAPPDATA");
+  const fs::path dir = !local.empty() ? fs::path(local) : fs::temp_directory_path();
+  return (dir / "zet" / (fs::path(exe).stem().string() + ".log")).string();
+}
+#else
 std::string DefaultPath() {
   fs::path dir;
   const std::string state = Env("XDG_STATE_HOME"), home = Env("HOME");
@@ -41,6 +55,7 @@ std::string DefaultPath() {
     dir = fs::temp_directory_path();
   return (dir / "zet" / (std::string(program_invocation_short_name) + ".log")).string();
 }
+#endif
 
 spdlog::level::level_enum LevelOf(int level) {
   return level >= CZetLog::kTrace && level <= CZetLog::kCritical
