@@ -50,6 +50,8 @@ const std::vector<SZetLocalTime> kDates = {
 // Date pictures. Left out, Wine differing from Windows:
 // - "g", "gg" and longer: Wine 8 gives the era as "AD" (and "ADAD" for "gggg"), Windows
 //   (English) as "A.D." once for any run.
+// - a lone "y" with a year whose last two digits are below 10 (2002, 2000, 1601): Wine
+//   writes "02", Windows "2" (2009 with "y" is "9" there); see LoneYearOfOneDigit.
 const std::vector<std::string> kDatePictures = {
     "d", "dd", "ddd", "dddd", "ddddd", "M", "MM", "MMM", "MMMM", "MMMMM", "y", "yy", "yyy",
     "yyyy", "yyyyy", "dd/MM/yy", "d/M/y", "yyyy-MM-dd", "dddd, MMMM dd, yyyy",
@@ -78,9 +80,18 @@ std::string Stamp(const SZetLocalTime& t) {
   return buf;
 }
 
+// A picture with a lone "y" and a date whose year is one digit in that form.
+bool LoneYearOfOneDigit(const std::string& p, const SZetLocalTime& t) {
+  for (size_t i = 0; i < p.size(); ++i)
+    if (p[i] == 'y' && (i == 0 || p[i - 1] != 'y') && (i + 1 == p.size() || p[i + 1] != 'y'))
+      return t.year % 100 < 10;
+  return false;
+}
+
 void Pictures(std::ostream& out) {
   for (const std::string& p : kDatePictures)
     for (const SZetLocalTime& t : kDates) {
+      if (LoneYearOfOneDigit(p, t)) continue;
       CStdStr s;
       out << "date\t" << p << '\t' << Stamp(t) << '\t'
           << (CZetOs::FormatDate(p.c_str(), t, &s) ? std::string(s) : "<fails>") << '\n';
@@ -144,11 +155,9 @@ void Files(std::ostream& out, const fs::path& base) {
   code("create over an existing file", CZetOs::CreateFolder(s(base / "file.txt").c_str()));
   code("create a relative path", CZetOs::CreateFolder("zet-relative-folder"));
   code("create below a file", CZetOs::CreateFolder(s(base / "file.txt" / "sub").c_str()));
-  fs::path longPath = base;
-  while (s(longPath).size() < 260) longPath /= std::string(20, 'L');
-  const std::string long260 = s(longPath).substr(0, 260);
-  code("create a 260-character path", CZetOs::CreateFolder(long260.c_str()));
-  row("delete a 260-character file name", CZetOs::FileDelete(long260.c_str()));
+  // Left out: a 260-character path (beyond MAX_PATH). Windows' ANSI calls refuse it
+  // (ERROR_FILENAME_EXCED_RANGE, 206, as the Linux layer answers); Wine applies no such
+  // limit and creates the folder, or looks the file up.
   row("copy onto an existing file, failIfExists",
       CZetOs::FileCopy(s(base / "file.txt").c_str(), s(base / "other.txt").c_str(), true));
   row("copy onto an existing file", CZetOs::FileCopy(s(base / "file.txt").c_str(),

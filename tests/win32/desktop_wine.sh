@@ -1,6 +1,9 @@
 #!/usr/bin/env bash
 # Message boxes and keys of zet.exe under Wine on a private Xvfb, answered and pressed
 # with xdotool as the Linux desktop tests do. Skipped (exit 0) without Xvfb or xdotool.
+# Keys are not tested here: Wine keeps the asynchronous key state from the input events
+# its own windows receive, so a key held on the display while no Wine window has the
+# focus (zet.exe has none) reads as up; GetAsyncKeyState itself is Windows' own call.
 #   tests/win32/desktop_wine.sh BIN_DIR
 set -uo pipefail
 bin=$1
