@@ -4,7 +4,13 @@
 
 #include <process.h>
 #include <stdlib.h>
+#ifndef NOMINMAX
+#define NOMINMAX  // std::min and std::max, not the macros
+#endif
 #include <windows.h>
+// Old segment keywords the Windows headers define as macros; tests use the words.
+#undef near
+#undef far
 
 inline int setenv(const char* name, const char* value, int overwrite) {
   if (!overwrite && getenv(name)) return 0;
