@@ -25,12 +25,14 @@
 namespace zet {
 
 #if defined(_WIN32)
-// Windows: the module that holds omp_get_max_threads (libgomp-1.dll) is pinned: the
-// loader never unloads it for the rest of the process.
+// Windows: the toolchain's OpenMP runtime, libgomp-1.dll, is pinned: the loader never
+// unloads it for the rest of the process. It is named, not found from the address of
+// one of its functions: in this DLL that address is the import stub inside the plug-in
+// itself, and pinning it would keep the plug-in loaded, its registry emptied by TermAll.
 void PinParallelRuntime() {
   HMODULE module = nullptr;
-  GetModuleHandleExA(GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS | GET_MODULE_HANDLE_EX_FLAG_PIN,
-                     reinterpret_cast<LPCSTR>(&omp_get_max_threads), &module);
+  GetModuleHandleExA(GET_MODULE_HANDLE_EX_FLAG_PIN, "libgomp-1.dll", &module);
+  (void)&omp_get_max_threads;  // the runtime this plug-in links
 }
 #else
 void PinParallelRuntime() {
