@@ -3,6 +3,7 @@
 #include "zet/ZetLog.h"
 
 #include <spdlog/logger.h>
+#include <spdlog/pattern_formatter.h>
 #include <spdlog/sinks/rotating_file_sink.h>
 #if defined(_WIN32)
 #include <windows.h>
@@ -97,7 +98,10 @@ void CZetLog::Log(int level, const char* message) {
       auto sink = std::make_shared<spdlog::sinks::rotating_file_sink_mt>(
           path, maxBytes, static_cast<size_t>(std::max(s.GetLogMaxFiles(), 0)));
       auto logger = std::make_shared<spdlog::logger>("zet", std::move(sink));
-      logger->set_pattern("%Y-%m-%d %H:%M:%S.%e [%l] [%P:%t] %v");
+      // Lines end in "\n" on every system (spdlog would end them in "\r\n" on Windows),
+      // so one log file reads the same wherever it was written.
+      logger->set_formatter(std::make_unique<spdlog::pattern_formatter>(
+          "%Y-%m-%d %H:%M:%S.%e [%l] [%P:%t] %v", spdlog::pattern_time_type::local, "\n"));
       logger->set_level(spdlog::level::trace);
       logger->flush_on(spdlog::level::trace);  // every line reaches the file at once
       logger->set_error_handler([](const std::string&) {});
