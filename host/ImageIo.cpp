@@ -27,7 +27,9 @@
 //   the same bytes either way.
 #include "ImageDecode.h"
 
-#include <openssl/evp.h>
+#if !defined(_WIN32)
+#include <openssl/evp.h>  // Windows: host/win32/Sha256.cpp
+#endif
 #include <png.h>
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -409,6 +411,7 @@ std::string SaveImageFile(const std::string& path, const CZetImage& image) {
   return "cannot write " + Quote(path) + ": the name must end in .pgm or .png";
 }
 
+#if !defined(_WIN32)
 std::string ImageSha256(const CZetImage& image) {
   unsigned char digest[EVP_MAX_MD_SIZE];
   unsigned int len = 0;
@@ -426,5 +429,6 @@ std::string ImageSha256(const CZetImage& image) {
   }
   return hex;
 }
+#endif
 
 }  // namespace zet::host

@@ -1,5 +1,9 @@
 // Loading a plug-in module and finding its instructions by name.
+#if defined(_WIN32)
+#include <windows.h>
+#else
 #include <dlfcn.h>
+#endif
 
 #include <cstdlib>
 #include <filesystem>
@@ -9,15 +13,52 @@
 
 namespace zet::host {
 
-CZetPluginModule::CZetPluginModule(const std::string& path, bool init) {
-  m_handle = dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL);
-  if (!m_handle) {
-    const char* err = dlerror();
-    throw std::runtime_error("cannot load plug-in '" + path + "': " + (err ? err : "unknown error"));
+namespace {
+
+// The system's dynamic loader: LoadLibrary on Windows, dlopen elsewhere.
+#if defined(_WIN32)
+void* Open(const std::string& path, std::string* error) {
+  // The plug-in's own folder is searched for the DLLs it needs (the platform, the
+  // compiler's runtime), as the folder of an executable is.
+  HMODULE h = LoadLibraryExA(path.c_str(), nullptr, LOAD_WITH_ALTERED_SEARCH_PATH);
+  if (!h) {
+    const DWORD code = GetLastError();
+    char* text = nullptr;
+    FormatMessageA(FORMAT_MESSAGE_ALLOCATE_BUFFER | FORMAT_MESSAGE_FROM_SYSTEM |
+                       FORMAT_MESSAGE_IGNORE_INSERTS,
+                   nullptr, code, 0, reinterpret_cast<LPSTR>(&text), 0, nullptr);
+    *error = text ? text : "error " + std::to_string(code);
+    if (text) LocalFree(text);
+    while (!error->empty() && (error->back() == '\n' || error->back() == '\r')) error->pop_back();
   }
-  auto get = reinterpret_cast<ZetPluginLibGetFn>(dlsym(m_handle, ZET_PLUGIN_ENTRY));
+  return reinterpret_cast<void*>(h);
+}
+void* Symbol(void* handle, const char* name) {
+  return reinterpret_cast<void*>(GetProcAddress(static_cast<HMODULE>(handle), name));
+}
+void Close(void* handle) { FreeLibrary(static_cast<HMODULE>(handle)); }
+#else
+void* Open(const std::string& path, std::string* error) {
+  void* h = dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL);
+  if (!h) {
+    const char* err = dlerror();
+    *error = err ? err : "unknown error";
+  }
+  return h;
+}
+void* Symbol(void* handle, const char* name) { return dlsym(handle, name); }
+void Close(void* handle) { dlclose(handle); }
+#endif
+
+}  // namespace
+
+CZetPluginModule::CZetPluginModule(const std::string& path, bool init) {
+  std::string err;
+  m_handle = Open(path, &err);
+  if (!m_handle) throw std::runtime_error("cannot load plug-in '" + path + "': " + err);
+  auto get = reinterpret_cast<ZetPluginLibGetFn>(Symbol(m_handle, ZET_PLUGIN_ENTRY));
   if (!get || !(m_lib = get())) {
-    dlclose(m_handle);
+    Close(m_handle);
     throw std::runtime_error("'" + path + "' is not a formula plug-in (no " ZET_PLUGIN_ENTRY ")");
   }
   if (init) m_lib->InitAll();
@@ -25,7 +66,7 @@ CZetPluginModule::CZetPluginModule(const std::string& path, bool init) {
 
 CZetPluginModule::~CZetPluginModule() {
   TermAll();
-  dlclose(m_handle);
+  Close(m_handle);
 }
 
 void CZetPluginModule::TermAll() {
@@ -76,13 +117,25 @@ std::string CZetPluginModule::DefaultPath() {
   namespace fs = std::filesystem;
   if (const char* env = std::getenv("ZET_PLUGIN"); env && *env) return env;
   std::error_code ec;
+#if defined(_WIN32)
+  // Installed on Windows, the plug-in lies beside zet.exe.
+  const char* kFile = "ZetFormulaLib.dll";
+  char exePath[MAX_PATH];
+  const DWORD n = GetModuleFileNameA(nullptr, exePath, MAX_PATH);
+  if (n > 0 && n < MAX_PATH) {
+    const fs::path p = fs::path(exePath).parent_path() / kFile;
+    if (fs::exists(p, ec)) return p.string();
+  }
+#else
+  const char* kFile = "ZetFormulaLib.so";
   const fs::path exe = fs::read_symlink("/proc/self/exe", ec);
   if (!ec) {
     const fs::path dir = exe.parent_path();
-    for (const fs::path& p : {dir / "ZetFormulaLib.so", dir / ZET_INSTALL_PLUGIN_RELDIR / "ZetFormulaLib.so"})
+    for (const fs::path& p : {dir / kFile, dir / ZET_INSTALL_PLUGIN_RELDIR / kFile})
       if (fs::exists(p, ec)) return p.lexically_normal().string();
   }
-  return "ZetFormulaLib.so";
+#endif
+  return kFile;
 }
 
 }  // namespace zet::host

@@ -15,7 +15,9 @@ pkgs=(cmake ninja-build g++ clang libomp-dev pkg-config binutils googletest libg
       # scikit-image for the coins example, Dask for the cluster runner, venv and pip
       # for the wheel's test.
       python3-dev pybind11-dev python3-numpy python3-pytest python3-skimage python3-dask
-      python3-distributed python3-venv python3-pip)
+      python3-distributed python3-venv python3-pip
+      # The Windows builds (scripts/windeps.sh builds their libraries) and Wine to test them.
+      g++-mingw-w64-i686-posix g++-mingw-w64-x86-64-posix mingw-w64-tools wine wine64)
 [ "${1:-}" = "--bench" ] && pkgs+=(libopencv-dev)
 missing=()
 for p in "${pkgs[@]}"; do

@@ -2,8 +2,9 @@
 # Builds and tests everything: gcc release (with the install, Debian package and
 # subproject tests), gcc with AddressSanitizer and UndefinedBehaviorSanitizer, and
 # clang release; warnings are errors. Then the Python package's tests (pytest over
-# the release build), and the fuzzers run for a fixed number of inputs each
-# (scripts/fuzz.sh --ci). The long exhaustive image check (ctest label
+# the release build), the Windows builds tested under Wine (scripts/wine-test.sh),
+# and the fuzzers run for a fixed number of inputs each (scripts/fuzz.sh --ci).
+# The long exhaustive image check (ctest label
 # "exhaustive") is left out; run it with
 #   ctest --test-dir build/release -L exhaustive
 set -uo pipefail
@@ -46,6 +47,12 @@ else
   fail=1
 fi
 echo "(python: $((SECONDS - start)) s)"
+echo "== windows =="
+start=$SECONDS
+# Both Windows builds, and the 64-bit one's tests under Wine against the release build.
+bash scripts/wine-test.sh build/release >build/windows.log 2>&1 || { fail=1; grep -E "FAILED|DIFFERS" build/windows.log | head -n 40; }
+grep -E "agree|instructions|byte-identical|Windows stage" build/windows.log
+echo "(windows: $((SECONDS - start)) s)"
 echo "== fuzz =="
 start=$SECONDS
 bash scripts/fuzz.sh --ci || fail=1

@@ -4,6 +4,9 @@
 
 #include <gtest/gtest.h>
 #include <stdlib.h>
+#if defined(_WIN32)
+#include <windows.h>
+#endif
 
 #include <filesystem>
 #include <fstream>
@@ -15,8 +18,18 @@ namespace zet::test {
 class CTempDir {
  public:
   explicit CTempDir(const std::filesystem::path& parent = testing::TempDir()) {
+#if defined(_WIN32)
+    // No mkdtemp in the Windows C runtime: a new folder under a name not yet taken.
+    for (unsigned i = 0; i < 1000 && m_path.empty(); ++i) {
+      const std::filesystem::path p =
+          parent / ("zet-" + std::to_string(GetCurrentProcessId()) + "-" + std::to_string(i));
+      std::error_code ec;
+      if (std::filesystem::create_directory(p, ec)) m_path = p;
+    }
+#else
     std::string name = (parent / "zet-XXXXXX").string();
     if (mkdtemp(name.data())) m_path = name;
+#endif
     EXPECT_FALSE(m_path.empty()) << "cannot create a folder in " << parent;
   }
   ~CTempDir() {

@@ -47,6 +47,11 @@ CFormulaLib g_formulaLib;
 
 }  // namespace
 
-extern "C" __attribute__((visibility("default"))) IXInstrPluginLib* ZetPluginLibGet() {
+#if defined(_WIN32)
+#define ZET_PLUGIN_EXPORT  // formula/frame/exports.def names the DLL's one export
+#else
+#define ZET_PLUGIN_EXPORT __attribute__((visibility("default")))
+#endif
+extern "C" ZET_PLUGIN_EXPORT IXInstrPluginLib* ZetPluginLibGet() {
   return &g_formulaLib;
 }

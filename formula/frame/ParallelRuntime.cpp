@@ -13,13 +13,28 @@
 // The parked workers then stay valid whatever the host does with the plug-in, later
 // loads of the plug-in reuse the same runtime and its pools, and nothing of the
 // plug-in's own code is left on their stacks between regions.
+#if defined(_WIN32)
+#include <windows.h>
+#else
 #include <dlfcn.h>
+#endif
 #include <omp.h>
 
 #include "frame/Registry.h"
 
 namespace zet {
 
+#if defined(_WIN32)
+// Windows: the toolchain's OpenMP runtime, libgomp-1.dll, is pinned: the loader never
+// unloads it for the rest of the process. It is named, not found from the address of
+// one of its functions: in this DLL that address is the import stub inside the plug-in
+// itself, and pinning it would keep the plug-in loaded, its registry emptied by TermAll.
+void PinParallelRuntime() {
+  HMODULE module = nullptr;
+  GetModuleHandleExA(GET_MODULE_HANDLE_EX_FLAG_PIN, "libgomp-1.dll", &module);
+  (void)&omp_get_max_threads;  // the runtime this plug-in links
+}
+#else
 void PinParallelRuntime() {
   Dl_info info{};
   // Whichever runtime the build linked (GNU libgomp, LLVM libomp): the file that
@@ -29,5 +44,6 @@ void PinParallelRuntime() {
   // handle adds one reference that is deliberately never released.
   dlopen(info.dli_fname, RTLD_NOW | RTLD_NOLOAD | RTLD_NODELETE);
 }
+#endif
 
 }  // namespace zet

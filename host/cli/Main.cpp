@@ -5,6 +5,10 @@
 #include <iostream>
 #include <memory>
 #include <nlohmann/json.hpp>
+#if defined(_WIN32)
+#include <fcntl.h>
+#include <io.h>
+#endif
 
 #include "zet/ZetHost.h"
 #include "zet/ZetSetting.h"
@@ -27,6 +31,11 @@ int RunLines(CZetPluginModule& module, std::istream& in) {
 }  // namespace
 
 int main(int argc, char** argv) {
+#if defined(_WIN32)
+  // Byte for byte as on Linux: no CR LF translation of the JSON Lines and the catalogue.
+  _setmode(_fileno(stdin), _O_BINARY);
+  _setmode(_fileno(stdout), _O_BINARY);
+#endif
   CLI::App app{"zet: runs the formula plug-in the way an inspection host does"};
   app.require_subcommand(1);
   std::string plugin;
@@ -112,7 +121,9 @@ int main(int argc, char** argv) {
     } else if (*run) {
       if (runOptions.outDir.empty())
         runOptions.outDir = std::filesystem::path(runOptions.program).stem().string() + ".out";
-      runOptions.overlays = !noOverlays;
+      runOptions.overlays = !noOverlays && ZET_HOST_HAS_OVERLAYS;
+      if (!noOverlays && !ZET_HOST_HAS_OVERLAYS)
+        std::cerr << "zet: " << kOverlaysUnavailable << "; the results are written without them\n";
       runOptions.progress = !quiet;
       runOptions.keepAngleUnit = app.count("--angle-unit") > 0;
       runOptions.keepAnnotationColor = app.count("--annotation-color") > 0;

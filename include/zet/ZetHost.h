@@ -271,6 +271,14 @@ ZET_HOST_API std::string ImageSha256(const CZetImage& image);
 ZET_HOST_API std::string RenderOverlay(const CZetImage& background,
                                        const std::vector<SAnnotationRecord>& records,
                                        int defaultColor, CZetImage& out);
+// A build without Cairo and Pango (the Windows builds) draws no overlays: there
+// RenderOverlay returns this text and ZET_HOST_HAS_OVERLAYS is 0.
+inline constexpr const char* kOverlaysUnavailable = "overlays are not available in this build";
+#if defined(_WIN32)
+#define ZET_HOST_HAS_OVERLAYS 0
+#else
+#define ZET_HOST_HAS_OVERLAYS 1
+#endif
 
 // Windows-1252 <-> UTF-8. Utf8ToCp1252 returns false when a character has no
 // Windows-1252 byte (or the UTF-8 is malformed).

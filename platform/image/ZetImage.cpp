@@ -2,6 +2,9 @@
 #include "zet/ZetImage.h"
 
 #include <cstdlib>
+#if defined(_WIN32)
+#include <malloc.h>
+#endif
 #include <cstring>
 #include <new>
 
@@ -28,7 +31,11 @@ EZetImageError CZetImage::Create(int width, int height, int attr) {
   const size_t pitch = (static_cast<size_t>(width) * bpp + kRowAlign - 1) / kRowAlign * kRowAlign;
   const size_t bytes = pitch * static_cast<size_t>(height);
   if (bytes > kMaxBytes) return kZetImageErrAlloc;
+#if defined(_WIN32)
+  void* p = _aligned_malloc(bytes, kRowAlign);  // the C runtime has no aligned_alloc
+#else
   void* p = std::aligned_alloc(kRowAlign, bytes);
+#endif
   if (!p) return kZetImageErrAlloc;
   std::memset(p, 0, bytes);
   m_pixels = static_cast<uint8_t*>(p);
@@ -40,7 +47,11 @@ EZetImageError CZetImage::Create(int width, int height, int attr) {
 }
 
 EZetImageError CZetImage::Destroy() {
+#if defined(_WIN32)
+  _aligned_free(m_pixels);
+#else
   std::free(m_pixels);
+#endif
   m_pixels = nullptr;
   m_width = m_height = m_attr = m_pitch = 0;
   return kZetImageOk;

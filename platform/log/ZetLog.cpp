@@ -3,8 +3,13 @@
 #include "zet/ZetLog.h"
 
 #include <spdlog/logger.h>
+#include <spdlog/pattern_formatter.h>
 #include <spdlog/sinks/rotating_file_sink.h>
+#if defined(_WIN32)
+#include <windows.h>
+#else
 #include <unistd.h>
+#endif
 
 #include <algorithm>
 #include <cerrno>
@@ -30,6 +35,16 @@ std::string Env(const char* name) {
   return CZetOs::GetEnv(name, &v) ? std::string(v) : std::string();
 }
 
+#if defined(_WIN32)
+// %LOCALAPPDATA%\zet\<program>.log, or the temporary folder's zet\ without it.
+std::string DefaultPath() {
+  char exe[MAX_PATH] = "zet";
+  GetModuleFileNameA(nullptr, exe, MAX_PATH);
+  const std::string local = Env("LOCALAPPDATA");
+  const fs::path dir = !local.empty() ? fs::path(local) : fs::temp_directory_path();
+  return (dir / "zet" / (fs::path(exe).stem().string() + ".log")).string();
+}
+#else
 std::string DefaultPath() {
   fs::path dir;
   const std::string state = Env("XDG_STATE_HOME"), home = Env("HOME");
@@ -41,6 +56,7 @@ std::string DefaultPath() {
     dir = fs::temp_directory_path();
   return (dir / "zet" / (std::string(program_invocation_short_name) + ".log")).string();
 }
+#endif
 
 spdlog::level::level_enum LevelOf(int level) {
   return level >= CZetLog::kTrace && level <= CZetLog::kCritical
@@ -82,7 +98,10 @@ void CZetLog::Log(int level, const char* message) {
       auto sink = std::make_shared<spdlog::sinks::rotating_file_sink_mt>(
           path, maxBytes, static_cast<size_t>(std::max(s.GetLogMaxFiles(), 0)));
       auto logger = std::make_shared<spdlog::logger>("zet", std::move(sink));
-      logger->set_pattern("%Y-%m-%d %H:%M:%S.%e [%l] [%P:%t] %v");
+      // Lines end in "\n" on every system (spdlog would end them in "\r\n" on Windows),
+      // so one log file reads the same wherever it was written.
+      logger->set_formatter(std::make_unique<spdlog::pattern_formatter>(
+          "%Y-%m-%d %H:%M:%S.%e [%l] [%P:%t] %v", spdlog::pattern_time_type::local, "\n"));
       logger->set_level(spdlog::level::trace);
       logger->flush_on(spdlog::level::trace);  // every line reaches the file at once
       logger->set_error_handler([](const std::string&) {});
