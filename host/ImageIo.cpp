@@ -367,7 +367,11 @@ std::string ReadRegularFile(const std::string& path, std::string& data, const st
   data.clear();
   // O_NONBLOCK: opening a FIFO for reading must not wait for a writer; whatever is not
   // a regular file is refused before a byte is read.
+#if defined(_WIN32)
+  const int fd = open(path.c_str(), O_RDONLY | O_BINARY);  // no FIFO to wait on here
+#else
   const int fd = open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK);
+#endif
   struct stat st {};
   if (fd < 0 || fstat(fd, &st) != 0) {
     if (fd >= 0) close(fd);

@@ -19,6 +19,7 @@
 #include <sys/stat.h>
 
 #include <atomic>
+#include <cctype>
 #include <chrono>
 #include <fstream>
 #include <iterator>
@@ -329,17 +330,37 @@ std::vector<std::string> OverlayNames(const std::vector<std::string>& images) {
   return names;
 }
 
+#if defined(_WIN32)
+// Windows' stat has no inode: the file's canonical path, case folded, stands for it.
+using FileKey = std::string;
+std::optional<FileKey> KeyOf(const fs::path& file) {
+  std::error_code ec;
+  if (!fs::exists(file, ec)) return std::nullopt;
+  const fs::path canonical = fs::weakly_canonical(file, ec);
+  if (ec) return std::nullopt;
+  std::string key = canonical.generic_string();
+  for (char& c : key) c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
+  return key;
+}
+#else
+using FileKey = std::pair<dev_t, ino_t>;
+std::optional<FileKey> KeyOf(const fs::path& file) {
+  struct stat st {};
+  if (stat(file.c_str(), &st) != 0) return std::nullopt;
+  return FileKey{st.st_dev, st.st_ino};
+}
+#endif
+
 // The input file that one of the run's own files would replace, or "". The run never
 // writes over its inputs: the images, the variable files beside them and the program.
-// Files are compared by identity (device and inode), so links and other spellings of
-// a name are caught too.
+// Files are compared by identity (device and inode; on Windows the canonical path), so
+// links and other spellings of a name are caught too.
 std::string OverwrittenInput(const SProgram& program, const SProgramOptions& opt,
                              const std::vector<std::string>& images,
                              const std::vector<std::string>& overlayNames) {
-  std::map<std::pair<dev_t, ino_t>, std::string> inputs;
+  std::map<FileKey, std::string> inputs;
   const auto add = [&](const std::string& file) {
-    struct stat st {};
-    if (stat(file.c_str(), &st) == 0) inputs.emplace(std::make_pair(st.st_dev, st.st_ino), file);
+    if (const auto key = KeyOf(file)) inputs.emplace(*key, file);
   };
   add(opt.program);
   for (const std::string& image : images) {
@@ -352,9 +373,9 @@ std::string OverwrittenInput(const SProgram& program, const SProgramOptions& opt
   if (program.overlay && opt.overlays)
     for (const std::string& name : overlayNames) outputs.push_back(fs::path(opt.outDir) / name);
   for (const fs::path& out : outputs) {
-    struct stat st {};
-    if (stat(out.c_str(), &st) != 0) continue;
-    const auto it = inputs.find(std::make_pair(st.st_dev, st.st_ino));
+    const auto key = KeyOf(out);
+    if (!key) continue;
+    const auto it = inputs.find(*key);
     if (it != inputs.end()) return it->second;
   }
   return "";

@@ -53,7 +53,7 @@ ls "$root/src/"*.dsc >/dev/null 2>&1 && [ "$(ls "$root/src/"*.dsc | wc -l)" -ge 
 
 # The prefix is reused while the sources, the compiler and the recipe stay the same:
 # raise `recipe` when a build step below or the toolchain files' flags change.
-recipe=1
+recipe=2
 stamp_text() {
   echo "recipe $recipe, $($triple-g++-posix -dumpfullversion 2>/dev/null)"
   ls "$root/src/"*.dsc | xargs -n1 basename
@@ -112,9 +112,9 @@ cp "$zbuild/libzlibstatic.a" "$prefix/lib/libz.a"
 build libpng "$(source_dir libpng1.6)" -DPNG_SHARED=OFF -DPNG_STATIC=ON -DPNG_TESTS=OFF \
   -DPNG_EXECUTABLES=OFF -DZLIB_ROOT="$prefix" -DZLIB_LIBRARY="$prefix/lib/libz.a" \
   -DZLIB_INCLUDE_DIR="$prefix/include"
-# Highway keeps its runtime dispatch; tests and contrib are not needed.
+# Highway keeps its runtime dispatch; its contrib holds the sort the arrays use (vqsort).
 build highway "$(source_dir highway)" -DHWY_ENABLE_TESTS=OFF -DHWY_ENABLE_EXAMPLES=OFF \
-  -DHWY_ENABLE_CONTRIB=OFF -DHWY_ENABLE_INSTALL=ON -DHWY_WARNINGS_ARE_ERRORS=OFF \
+  -DHWY_ENABLE_CONTRIB=ON -DHWY_ENABLE_INSTALL=ON -DHWY_WARNINGS_ARE_ERRORS=OFF \
   -DCMAKE_CXX_FLAGS="-Wa,-muse-unaligned-vector-move"
 build fmt "$(source_dir fmtlib)" -DFMT_DOC=OFF -DFMT_TEST=OFF -DFMT_INSTALL=ON
 build spdlog "$(source_dir spdlog)" -DSPDLOG_FMT_EXTERNAL=ON -DSPDLOG_BUILD_EXAMPLE=OFF \

@@ -267,6 +267,11 @@ class TArrAppend final : public TInstr<TArrAppend<E, R>> {
     const auto& in = a.Get<V>(0).Std();
     const int k = std::max(0, a.Count() - 1);
     if (in.size() + k > V::kMaxSize) return kFail;  // refused before the output is touched
+    if constexpr (std::is_same_v<V, CZetStringVector>) {  // the cap counts texts too
+      size_t bytes = a.Get<V>(0).CapBytes() + k * sizeof(typename V::value_type);
+      for (int j = 0; j < k; ++j) bytes += CZetVectorBytes(E::Read(a, 1 + j));
+      if (bytes > kZetMaxVectorBytes) return kFail;
+    }
     // Written in place, so that an output holding an array from the last run keeps its
     // buffer: appending to a long array then costs one copy and no allocation.
     auto& out = a.OutRef<V>(0).Std();
@@ -402,6 +407,9 @@ class TArrConcatArr final : public TInstr<TArrConcatArr<E, R>> {
     const auto& first = a.Get<V>(0).Std();
     const auto& second = a.Get<V>(1).Std();
     if (first.size() + second.size() > V::kMaxSize) return kFail;  // beyond the cap
+    const size_t firstBytes = a.Get<V>(0).CapBytes(), secondBytes = a.Get<V>(1).CapBytes();
+    if (firstBytes > kZetMaxVectorBytes || secondBytes > kZetMaxVectorBytes - firstBytes)
+      return kFail;
     V r;
     r.Std().reserve(first.size() + second.size());
     r.Std().insert(r.Std().end(), first.begin(), first.end());

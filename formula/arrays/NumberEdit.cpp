@@ -30,7 +30,14 @@ class CNArrCopyArray final : public TInstr<CNArrCopyArray> {
     if (number < 0) number = n;  // any negative number, not only -1
     const int64_t remaining = n - index;
     const int64_t m = remaining <= 0 || index < 0 ? 0 : std::min(number, remaining);
-    std::copy_n(in.begin() + (m ? index : 0), m, SizedOut(a, 0, static_cast<size_t>(m)));
+    std::vector<double>& out = a.OutRef<CZetNumberVector>(0).Std();
+    const auto first = in.begin() + (m ? index : 0);
+    if (&out != &in) {
+      out.assign(first, first + m);  // one pass: no zero-filling resize before the copy
+    } else {  // the output is the input: move the range to the front, then cut
+      std::copy(first, first + m, out.begin());
+      out.resize(static_cast<size_t>(m));
+    }
     return kOk;
   }
 };

@@ -301,6 +301,9 @@ class TZetVector : public TZetValue<TZetVector<T, kCode>, static_cast<ZET_OBJ_TY
   }
   T* GetStorage() { return m_v.data(); }
   const T* GetStorage() const { return m_v.data(); }
+  // What the cap counts of this vector: its elements' bytes and, for strings, their
+  // texts' (counted afresh, so texts written through Std() are included).
+  size_t CapBytes() const { return m_v.size() * sizeof(T) + TextBytes(0, m_v.size()); }
   bool operator==(const TZetVector& o) const { return m_v == o.m_v; }
   CStdStr Format(int precision) const override {
     CStdStr s = "[";
