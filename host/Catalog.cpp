@@ -17,7 +17,7 @@ namespace {
 // own registry rows, built into it.
 const std::map<std::string, unsigned>& EffectsByIdent() {
   static const std::map<std::string, unsigned> effects = {
-#define ZET_INSTR(Class, Ident, Id, Effects) {Ident, Effects},
+#define ZET_INSTR(Class, Family, Ident, Id, Effects) {Ident, Effects},
 #include "../formula/frame/Registry.def"
   };
   return effects;

@@ -4,7 +4,7 @@
 //   ZET_ARRAY(CPArrEraseRange, EraseRange, Point,
 //   "_Zet_Array_CPArrEraseRange_", ...)
 // gives `using CPArrEraseRange = TArrEraseRange<PointElem,
-// SCPArrEraseRangeRow>` and its factory (the identifier and id reach the
+// SCPArrEraseRangeRow>`, and frame/Factories.def its factory (the identifier and id reach the
 // descriptor from the row itself). The families' own algorithms are
 // hand-written classes in the other files of this folder.
 #include "arrays/ArrayOps.h"
@@ -23,7 +23,5 @@ namespace {
 }  // namespace
 }  // namespace zet
 
-using namespace zet;  // NOLINT: the factories name the classes above
-#define ZET_INSTR(Class, ...)
-#define ZET_ARRAY(Class, ...) ZET_FACTORY(Class)
-#include "frame/Registry.def"
+#define ZET_FAMILY_ArrayFamilies ZET_THIS_FAMILY
+#include "frame/Factories.def"

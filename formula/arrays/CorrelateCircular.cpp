@@ -402,5 +402,5 @@ class CNArrMathCorrelateCircular final : public TInstr<CNArrMathCorrelateCircula
 }  // namespace
 }  // namespace zet
 
-using namespace zet;  // NOLINT: the factories name the class above
-ZET_FACTORY(CNArrMathCorrelateCircular)
+#define ZET_FAMILY_CorrelateCircular ZET_THIS_FAMILY
+#include "frame/Factories.def"

@@ -169,10 +169,5 @@ class CNArrMathIndexArray final : public TInstr<CNArrMathIndexArray> {
 }  // namespace
 }  // namespace zet
 
-using namespace zet;  // NOLINT: the factories name the classes above
-ZET_FACTORY(CNArrCopyArray)
-ZET_FACTORY(CNArrInsertArray)
-ZET_FACTORY(CNArrSetRange)
-ZET_FACTORY(CNArrReverse)
-ZET_FACTORY(CNArrSort)
-ZET_FACTORY(CNArrMathIndexArray)
+#define ZET_FAMILY_NumberEdit ZET_THIS_FAMILY
+#include "frame/Factories.def"

@@ -219,12 +219,5 @@ class CNArrMeanAndVar final : public TInstr<CNArrMeanAndVar> {
 }  // namespace
 }  // namespace zet
 
-using namespace zet;  // NOLINT: the factories name the classes above
-ZET_FACTORY(CNArrMathThreshold)
-ZET_FACTORY(CNArrMathThresholdBand)
-ZET_FACTORY(CNArrMathClipLow)
-ZET_FACTORY(CNArrMathClipHigh)
-ZET_FACTORY(CNArrMathMaximum)
-ZET_FACTORY(CNArrMathMinimum)
-ZET_FACTORY(CNArrMathExtrema)
-ZET_FACTORY(CNArrMeanAndVar)
+#define ZET_FAMILY_NumberStats ZET_THIS_FAMILY
+#include "frame/Factories.def"

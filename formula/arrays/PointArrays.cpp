@@ -139,7 +139,5 @@ class CPArrCluster1D final : public TInstr<CPArrCluster1D> {
 }  // namespace
 }  // namespace zet
 
-using namespace zet;  // NOLINT: the factories name the classes above
-ZET_FACTORY(CPArrExtrema)
-ZET_FACTORY(CPArrSort)
-ZET_FACTORY(CPArrCluster1D)
+#define ZET_FAMILY_PointArrays ZET_THIS_FAMILY
+#include "frame/Factories.def"

@@ -249,11 +249,5 @@ class CNArrMathCorrelate final : public TInstr<CNArrMathCorrelate> {
 }  // namespace
 }  // namespace zet
 
-using namespace zet;  // NOLINT: the factories name the classes above
-ZET_FACTORY(CNArrMathAbsolute)
-ZET_FACTORY(CNArrMathSubtract)
-ZET_FACTORY(CNArrMathAdd)
-ZET_FACTORY(CNArrMathMultiply)
-ZET_FACTORY(CNArrMathConstMulAdd)
-ZET_FACTORY(CNArrMathSmooth)
-ZET_FACTORY(CNArrMathCorrelate)
+#define ZET_FAMILY_SignalMath ZET_THIS_FAMILY
+#include "frame/Factories.def"

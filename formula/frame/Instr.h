@@ -5,17 +5,17 @@
 //   class CDivide final : public TInstr<CDivide> {
 //    public:
 //     static void Describe(CDescriber& d) {
-//     d.Name("Divide").Description(...)...; } int Execute(IXInstrContext* ctx)
+//     d.Head("Divide", "...").Input(...)...; } int Execute(IXInstrContext* ctx)
 //     override { CArgs a(ctx); ... }
 //   };
 //   }  // namespace
-//   ZET_FACTORY(CDivide)
 //
-// The class's row in Registry.def holds its identifier, id, category and
-// effects; Init puts the first three in the descriptor before Describe adds the
-// rest, so a class never repeats them. ZET_FACTORY defines the function the
-// registry calls to create the class's object and hand it its row; the classes
-// themselves stay private to their family's file.
+// The class's row in Registry.def holds its identifier, id, category, effects and
+// family (the file it lives in); Init puts the first three in the descriptor before
+// Describe adds the rest, so a class never repeats them. The family file ends with
+// frame/Factories.def, which defines from the rows the functions the registry calls
+// to create each class's object and hand it its row; the classes themselves stay
+// private to their family's file.
 #pragma once
 
 #include <initializer_list>
@@ -182,9 +182,3 @@ class CArgs {
 };
 
 }  // namespace zet
-
-#define ZET_FACTORY(Class)                                      \
-  IXInstrPlugin* ZetNew_##Class(const zet::SRegistryRow& row) { \
-    Class::Bind(row);                                           \
-    return new Class;                                           \
-  }

@@ -21,7 +21,7 @@ struct SEntry {
 };
 
 constexpr SEntry kEntries[] = {
-#define ZET_INSTR(Class, Ident, Id, Effects) \
+#define ZET_INSTR(Class, Family, Ident, Id, Effects) \
   {EEntry::kRow, {#Class, &ZetNew_##Class, Ident, Id, Effects, nullptr}, nullptr},
 #define ZET_FIRST(Tag, Category) {EEntry::kFirst, {.category = Category}, #Tag},
 #define ZET_LAST(Tag) {EEntry::kLast, {}, #Tag},

@@ -159,6 +159,5 @@ class CPt2BestCircleInf final : public TInstr<CPt2BestCircleInf> {
 }  // namespace
 }  // namespace zet
 
-using namespace zet;  // NOLINT: the factories name the classes above
-ZET_FACTORY(CPt2BestCircle)
-ZET_FACTORY(CPt2BestCircleInf)
+#define ZET_FAMILY_CircleFits ZET_THIS_FAMILY
+#include "frame/Factories.def"

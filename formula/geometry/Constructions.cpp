@@ -287,15 +287,5 @@ class CPtsToGrid final : public TInstr<CPtsToGrid> {
 }  // namespace
 }  // namespace zet
 
-using namespace zet;  // NOLINT: the factories name the classes above
-ZET_FACTORY(CAngleBis)
-ZET_FACTORY(CLnBis)
-ZET_FACTORY(CLn2LnDist)
-ZET_FACTORY(CLnPerp)
-ZET_FACTORY(CLnPara)
-ZET_FACTORY(CLnInters)
-ZET_FACTORY(CCircleLineIntersect)
-ZET_FACTORY(CCircInTriangle)
-ZET_FACTORY(CCircBndBox)
-ZET_FACTORY(CMakeAnchor)
-ZET_FACTORY(CPtsToGrid)
+#define ZET_FAMILY_Constructions ZET_THIS_FAMILY
+#include "frame/Factories.def"

@@ -280,11 +280,5 @@ class CPt2BestAngle final : public TInstr<CPt2BestAngle> {
 }  // namespace
 }  // namespace zet
 
-using namespace zet;  // NOLINT: the factories name the classes above
-ZET_FACTORY(CPt2BestLn)
-ZET_FACTORY(CPt2BestLnInf)
-ZET_FACTORY(CPt2BestLnMaxOut)
-ZET_FACTORY(CRakePt2BestLn)
-ZET_FACTORY(CPts2LnDist)
-ZET_FACTORY(CPts2LnDistInf)
-ZET_FACTORY(CPt2BestAngle)
+#define ZET_FAMILY_LineFits ZET_THIS_FAMILY
+#include "frame/Factories.def"

@@ -164,12 +164,5 @@ class CLnToLnAngle final : public TInstr<CLnToLnAngle> {
 }  // namespace
 }  // namespace zet
 
-using namespace zet;  // NOLINT: the factories name the classes above
-ZET_FACTORY(CLineSet)
-ZET_FACTORY(CPt2LnDist)
-ZET_FACTORY(CLnToAD)
-ZET_FACTORY(CADToLn)
-ZET_FACTORY(C2PtsToLn)
-ZET_FACTORY(CLnNorm)
-ZET_FACTORY(CNormAngle)
-ZET_FACTORY(CLnToLnAngle)
+#define ZET_FAMILY_Lines ZET_THIS_FAMILY
+#include "frame/Factories.def"

@@ -233,15 +233,5 @@ class CPtRotate final : public TInstr<CPtRotate> {
 }  // namespace
 }  // namespace zet
 
-using namespace zet;  // NOLINT: the factories name the classes above
-ZET_FACTORY(CPointSet)
-ZET_FACTORY(CPt2PtDist)
-ZET_FACTORY(CPtToPtsDist)
-ZET_FACTORY(CPtsToPtsDist)
-ZET_FACTORY(CPt2PtDistPitch)
-ZET_FACTORY(CPtToXY)
-ZET_FACTORY(CXYToPt)
-ZET_FACTORY(CMiddlePt)
-ZET_FACTORY(CPtAvg)
-ZET_FACTORY(CPtAvgInf)
-ZET_FACTORY(CPtRotate)
+#define ZET_FAMILY_Points ZET_THIS_FAMILY
+#include "frame/Factories.def"

@@ -116,5 +116,5 @@ class CProcessPolarizedImage final : public TInstr<CProcessPolarizedImage> {
 }  // namespace
 }  // namespace zet
 
-using namespace zet;  // NOLINT: the factory names the class above
-ZET_FACTORY(CProcessPolarizedImage)
+#define ZET_FAMILY_PolarizedImage ZET_THIS_FAMILY
+#include "frame/Factories.def"

@@ -311,24 +311,5 @@ class CFractional final : public TInstr<CFractional> {
 }  // namespace
 }  // namespace zet
 
-using namespace zet;  // NOLINT: the factories name the classes above
-ZET_FACTORY(CNumericSet)
-ZET_FACTORY(CAdd)
-ZET_FACTORY(CIncrement)
-ZET_FACTORY(CSubtract)
-ZET_FACTORY(CDecrement)
-ZET_FACTORY(CMultiply)
-ZET_FACTORY(CDivide)
-ZET_FACTORY(CMax2)
-ZET_FACTORY(CMin2)
-ZET_FACTORY(CPow)
-ZET_FACTORY(CIntegerDivide)
-ZET_FACTORY(CRemainder)
-ZET_FACTORY(CAbs)
-ZET_FACTORY(CNegate)
-ZET_FACTORY(CCopy)
-ZET_FACTORY(CRound)
-ZET_FACTORY(CSquare)
-ZET_FACTORY(CSqrt)
-ZET_FACTORY(CTruncate)
-ZET_FACTORY(CFractional)
+#define ZET_FAMILY_Arithmetic ZET_THIS_FAMILY
+#include "frame/Factories.def"

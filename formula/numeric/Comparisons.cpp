@@ -94,10 +94,5 @@ class CNotEqual final : public TInstr<CNotEqual> {
 }  // namespace
 }  // namespace zet
 
-using namespace zet;  // NOLINT: the factories name the classes above
-ZET_FACTORY(CGreater)
-ZET_FACTORY(CGreaterOrEqual)
-ZET_FACTORY(CLess)
-ZET_FACTORY(CLessOrEqual)
-ZET_FACTORY(CEqual)
-ZET_FACTORY(CNotEqual)
+#define ZET_FAMILY_Comparisons ZET_THIS_FAMILY
+#include "frame/Factories.def"

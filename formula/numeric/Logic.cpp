@@ -86,9 +86,5 @@ class CXor final : public TInstr<CXor> {
 }  // namespace
 }  // namespace zet
 
-using namespace zet;  // NOLINT: the factories name the classes above
-ZET_FACTORY(CBooleanSet)
-ZET_FACTORY(CNot)
-ZET_FACTORY(CAnd)
-ZET_FACTORY(COr)
-ZET_FACTORY(CXor)
+#define ZET_FAMILY_Logic ZET_THIS_FAMILY
+#include "frame/Factories.def"

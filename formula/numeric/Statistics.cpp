@@ -314,17 +314,5 @@ class CCpkArr final : public TInstr<CCpkArr> {
 }  // namespace
 }  // namespace zet
 
-using namespace zet;  // NOLINT: the factories name the classes above
-ZET_FACTORY(CMin)
-ZET_FACTORY(CMax)
-ZET_FACTORY(CMean)
-ZET_FACTORY(CVariance)
-ZET_FACTORY(CCp)
-ZET_FACTORY(CCpk)
-ZET_FACTORY(CSumArr)
-ZET_FACTORY(CMinArr)
-ZET_FACTORY(CMaxArr)
-ZET_FACTORY(CMeanArr)
-ZET_FACTORY(CVarianceArr)
-ZET_FACTORY(CCpArr)
-ZET_FACTORY(CCpkArr)
+#define ZET_FAMILY_Statistics ZET_THIS_FAMILY
+#include "frame/Factories.def"

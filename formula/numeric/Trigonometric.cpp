@@ -156,15 +156,5 @@ class CGetPiDiv4 final : public TInstr<CGetPiDiv4> {
 }  // namespace
 }  // namespace zet
 
-using namespace zet;  // NOLINT: the factories name the classes above
-ZET_FACTORY(CSin)
-ZET_FACTORY(CCos)
-ZET_FACTORY(CTan)
-ZET_FACTORY(CArcSin)
-ZET_FACTORY(CArcCos)
-ZET_FACTORY(CArcTan)
-ZET_FACTORY(CDeg2Rad)
-ZET_FACTORY(CRad2Deg)
-ZET_FACTORY(CGetPi)
-ZET_FACTORY(CGetPiDiv2)
-ZET_FACTORY(CGetPiDiv4)
+#define ZET_FAMILY_Trigonometric ZET_THIS_FAMILY
+#include "frame/Factories.def"

@@ -211,11 +211,5 @@ class CStringToNumber final : public TInstr<CStringToNumber> {
 }  // namespace
 }  // namespace zet
 
-using namespace zet;  // NOLINT: the factories name the classes above
-ZET_FACTORY(CPrintfNum)
-ZET_FACTORY(CPrintfNumInf)
-ZET_FACTORY(CChar2Num)
-ZET_FACTORY(CNum2Char)
-ZET_FACTORY(CCreateStrInf)
-ZET_FACTORY(CNumberToString)
-ZET_FACTORY(CStringToNumber)
+#define ZET_FAMILY_Formatting ZET_THIS_FAMILY
+#include "frame/Factories.def"

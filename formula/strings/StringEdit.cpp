@@ -243,15 +243,5 @@ class CInsertAtStr final : public TInstr<CInsertAtStr> {
 }  // namespace
 }  // namespace zet
 
-using namespace zet;  // NOLINT: the factories name the classes above
-ZET_FACTORY(CStringSet)
-ZET_FACTORY(CAddStr)
-ZET_FACTORY(CCopyStr)
-ZET_FACTORY(CLeftStr)
-ZET_FACTORY(CRightStr)
-ZET_FACTORY(CMidStr)
-ZET_FACTORY(CTrimStr)
-ZET_FACTORY(CPackStr)
-ZET_FACTORY(CReplaceStr)
-ZET_FACTORY(CSetAtStr)
-ZET_FACTORY(CInsertAtStr)
+#define ZET_FAMILY_StringEdit ZET_THIS_FAMILY
+#include "frame/Factories.def"

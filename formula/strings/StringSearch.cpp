@@ -205,11 +205,5 @@ class CWordLengthStr final : public TInstr<CWordLengthStr> {
 }  // namespace
 }  // namespace zet
 
-using namespace zet;  // NOLINT: the factories name the classes above
-ZET_FACTORY(CCompStr)
-ZET_FACTORY(CFindStr)
-ZET_FACTORY(CFindStrReverse)
-ZET_FACTORY(CFindStrNth)
-ZET_FACTORY(CGetAt)
-ZET_FACTORY(CLenStr)
-ZET_FACTORY(CWordLengthStr)
+#define ZET_FAMILY_StringSearch ZET_THIS_FAMILY
+#include "frame/Factories.def"

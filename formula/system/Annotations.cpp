@@ -226,14 +226,5 @@ class CAnnotPolyline final : public TInstr<CAnnotPolyline> {
 }  // namespace
 }  // namespace zet
 
-using namespace zet;  // NOLINT: the factories name the classes above
-ZET_FACTORY(CAnnotText)
-ZET_FACTORY(CAnnotPoint)
-ZET_FACTORY(CAnnotSegment)
-ZET_FACTORY(CAnnotLine)
-ZET_FACTORY(CAnnotCircle)
-ZET_FACTORY(CAnnotCirclesFixedRadius)
-ZET_FACTORY(CAnnotRect)
-ZET_FACTORY(CAnnotPoints)
-ZET_FACTORY(CAnnotPixels)
-ZET_FACTORY(CAnnotPolyline)
+#define ZET_FAMILY_Annotations ZET_THIS_FAMILY
+#include "frame/Factories.def"

@@ -85,8 +85,5 @@ class CSetEnv final : public TInstr<CSetEnv> {
 }  // namespace
 }  // namespace zet
 
-using namespace zet;  // NOLINT: the factories name the classes above
-ZET_FACTORY(CGetEnvVars)
-ZET_FACTORY(CGetEnvNames)
-ZET_FACTORY(CGetEnv)
-ZET_FACTORY(CSetEnv)
+#define ZET_FAMILY_Environment ZET_THIS_FAMILY
+#include "frame/Factories.def"

@@ -203,11 +203,5 @@ class CDiskSpace final : public TInstr<CDiskSpace> {
 }  // namespace
 }  // namespace zet
 
-using namespace zet;  // NOLINT: the factories name the classes above
-ZET_FACTORY(CFileExists)
-ZET_FACTORY(CFileDelete)
-ZET_FACTORY(CFolderCreate)
-ZET_FACTORY(CFolderDelete)
-ZET_FACTORY(CFileCopy)
-ZET_FACTORY(CFileMove)
-ZET_FACTORY(CDiskSpace)
+#define ZET_FAMILY_Files ZET_THIS_FAMILY
+#include "frame/Factories.def"

@@ -92,7 +92,5 @@ class CZetKbdTestAnyKey final : public TInstr<CZetKbdTestAnyKey> {
 }  // namespace
 }  // namespace zet
 
-using namespace zet;  // NOLINT: the factories name the classes above
-ZET_FACTORY(CZetKbdTestOneKey)
-ZET_FACTORY(CZetKbdTestOneKeyStr)
-ZET_FACTORY(CZetKbdTestAnyKey)
+#define ZET_FAMILY_Keyboard ZET_THIS_FAMILY
+#include "frame/Factories.def"

@@ -140,11 +140,5 @@ class CLog final : public TInstr<CLog> {
 }  // namespace
 }  // namespace zet
 
-using namespace zet;  // NOLINT: the factories name the classes above
-ZET_FACTORY(CSystemBeep)
-ZET_FACTORY(CSystemRandom)
-ZET_FACTORY(CSystemRandomSeed)
-ZET_FACTORY(CSystemMsgBox)
-ZET_FACTORY(CSystemMsgBeep)
-ZET_FACTORY(CSystemGenerateProgramEvent)
-ZET_FACTORY(CLog)
+#define ZET_FAMILY_Messages ZET_THIS_FAMILY
+#include "frame/Factories.def"

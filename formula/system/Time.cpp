@@ -191,13 +191,5 @@ class CSystemStopwatchStop final : public TInstr<CSystemStopwatchStop> {
 }  // namespace
 }  // namespace zet
 
-using namespace zet;  // NOLINT: the factories name the classes above
-ZET_FACTORY(CGetMiliSecCount)
-ZET_FACTORY(CGetTimeDiff)
-ZET_FACTORY(CGetDate)
-ZET_FACTORY(CGetTime)
-ZET_FACTORY(CGetDateFormat)
-ZET_FACTORY(CGetTimeFormat)
-ZET_FACTORY(CSleep)
-ZET_FACTORY(CSystemStopwatchStart)
-ZET_FACTORY(CSystemStopwatchStop)
+#define ZET_FAMILY_Time ZET_THIS_FAMILY
+#include "frame/Factories.def"
