@@ -16,7 +16,20 @@ set -euo pipefail
 cd "$(dirname "$0")/.."
 arch=${1:?usage: scripts/windeps.sh i686|x86_64 [ROOT]}
 case "$arch" in i686 | x86_64) ;; *) echo "unknown target $arch" >&2; exit 2 ;; esac
-root=$(mkdir -p "${2:-build/windeps}" && cd "${2:-build/windeps}" && pwd)
+# Without ROOT the libraries are built once per machine: build/windeps, when it does not
+# exist yet, becomes a link to a folder of the user's cache (ZET_WINDEPS_CACHE, by default
+# ~/.cache/zetformulalib/windeps; set it empty to keep everything in build/windeps), so
+# that another clone of the project finds them built. Paths are resolved to the real
+# folder, so what the builds record stays valid from any clone; runs that share the
+# folder take turns.
+cache=${ZET_WINDEPS_CACHE-${XDG_CACHE_HOME:-${HOME:-}/.cache}/zetformulalib/windeps}
+[ "$cache" = /.cache/zetformulalib/windeps ] && cache=""  # no home folder: no cache
+if [ -z "${2:-}" ] && [ -n "$cache" ] && [ ! -e build/windeps ]; then
+  mkdir -p "$cache" build && ln -sfn "$cache" build/windeps
+fi
+root=$(mkdir -p "${2:-build/windeps}" && cd "${2:-build/windeps}" && pwd -P)
+exec 9>"$root/.lock"
+flock 9
 triple=$arch-w64-mingw32
 prefix=$root/$arch/prefix
 packages=(highway zlib libpng1.6 fmtlib spdlog)
