@@ -54,6 +54,8 @@ inline constexpr size_t kMaxJsonDepth = 128;
 // naming the line and column) beyond kMaxJsonDepth, and throws the parser's own
 // Json::parse_error for malformed text. `comments`: // and /* */ are allowed.
 Json ParseJson(std::string_view text, bool comments = false);
+// The nesting check of ParseJson alone, for readers that parse the text themselves.
+void CheckJsonDepth(std::string_view text, bool comments = false);
 
 // At most about 60 characters of a value's JSON, cut with "..." (for error texts,
 // which never quote untrusted input whole).
