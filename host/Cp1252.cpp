@@ -1,7 +1,6 @@
-// Windows-1252 <-> UTF-8 for the host's JSON texts: the platform's codec, with
-// the five bytes Windows-1252 leaves undefined (0x81, 0x8D, 0x8F, 0x90, 0x9D)
-// as the C1 controls of the same value, as Windows itself does, so every byte
-// has a character and the round trip is exact.
+// Windows-1252 <-> UTF-8 for the host's JSON texts: the platform's codec, with the five bytes
+// Windows-1252 leaves undefined (0x81, 0x8D, 0x8F, 0x90, 0x9D) as the C1 controls of the same
+// value, as Windows itself does, so every byte has a character and the round trip is exact.
 #include "zet/ZetCp1252.h"
 #include "zet/ZetHost.h"
 

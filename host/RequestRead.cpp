@@ -1,15 +1,13 @@
-// Reading a zet exec request line in one pass (see Request.h). The line is
-// parsed with the JSON library's event interface; everything but the inputs
-// that are arrays becomes a JSON value as ParseJson would make it, and each
-// array input of an instruction named earlier on the line is read straight into
-// the values of its slot (numbers, Booleans, texts, points, lines), so a
-// million points cost their 16 MB and not a JSON object each.
+// Reading a zet exec request line in one pass (see Request.h). The line is parsed with the JSON
+// library's event interface; everything but the inputs that are arrays becomes a JSON value as
+// ParseJson would make it, and each array input of an instruction named earlier on the line is read
+// straight into the values of its slot (numbers, Booleans, texts, points, lines), so a million
+// points cost their 16 MB and not a JSON object each.
 //
-// Exactness comes first: the reader only takes the direct path when the result
-// is the one the JSON value would have given. An element that does not fit its
-// slot, or an "instr" given twice, ends the pass, and the caller reads the line
-// again with ParseJson, so that every error text is the one the usual path
-// writes, word for word.
+// Exactness comes first: the reader only takes the direct path when the result is the one the JSON
+// value would have given. An element that does not fit its slot, or an "instr" given twice, ends
+// the pass, and the caller reads the line again with ParseJson, so that every error text is the one
+// the usual path writes, word for word.
 #include <cmath>
 #include <utility>
 
@@ -78,13 +76,12 @@ class CRequestReader {
     if (m_depth == 1) {
       m_key = k;
       if (k == "instr" && ++m_instrKeys > 1) {
-        // The last "instr" is the one that counts: inputs read for an earlier
-        // one would be of the wrong kinds.
+        // The last "instr" is the one that counts: inputs read for an earlier one would be of the
+        // wrong kinds.
         m_instr = -1;
         if (!m_out.inputs.empty()) return GiveUp();
       }
-      // A later "inputs" replaces the earlier one, and with it what was read of
-      // it.
+      // A later "inputs" replaces the earlier one, and with it what was read of it.
       if (k == "inputs") m_out.inputs.clear();
     }
     return m_dom.key(k);
@@ -124,9 +121,8 @@ class CRequestReader {
 
   bool IsInstr() const { return m_depth == 1 && m_key == "instr"; }
 
-  // A scalar outside the captured arrays: into the tree, and an "instr" is
-  // resolved at once so that the inputs after it can be read as their slots'
-  // kinds.
+  // A scalar outside the captured arrays: into the tree, and an "instr" is resolved at once so that
+  // the inputs after it can be read as their slots' kinds.
   template <class F>
   bool Scalar(F toDom, const Json& value) {
     CountInput();
@@ -186,9 +182,8 @@ class CRequestReader {
     return m_out.inputs.back().value.Ref<Vector>();
   }
 
-  // Whether the array has more elements than its slot can hold: the rest are
-  // then only parsed, and the input fails as the usual path fails it, whatever
-  // they are.
+  // Whether the array has more elements than its slot can hold: the rest are then only parsed, and
+  // the input fails as the usual path fails it, whatever they are.
   template <class Vector>
   bool Full() {
     if (m_count++ < Vector::kMaxSize) return false;
@@ -201,8 +196,7 @@ class CRequestReader {
   }
   bool Overflowed() const { return !m_out.inputs.back().error.empty(); }
 
-  // A number as NumberOf reads one: a JSON number, or "NaN", "Infinity",
-  // "-Infinity".
+  // A number as NumberOf reads one: a JSON number, or "NaN", "Infinity", "-Infinity".
   static bool NumberFrom(EEvent e, double d, const std::string* s, double* out) {
     if (e == EEvent::kNumber) {
       *out = d;
@@ -254,8 +248,8 @@ class CRequestReader {
           return GiveUp();  // points and lines are objects
       }
     }
-    // A field of a point or a line; a later field of the same name replaces it,
-    // as in a JSON object. Other fields are not read.
+    // A field of a point or a line; a later field of the same name replaces it, as in a JSON
+    // object. Other fields are not read.
     if (m_nest == 1 && m_field >= 0) m_valid[m_field] = NumberFrom(e, d, s, &m_xy[m_field]);
     return true;
   }
@@ -301,8 +295,7 @@ class CRequestReader {
   Dom m_dom;
   bool m_gaveUp = false;
 
-  // Where the tree is: open containers, the request's last key, the inputs
-  // list.
+  // Where the tree is: open containers, the request's last key, the inputs list.
   int m_depth = 0;
   bool m_topIsObject = false;
   std::string m_key;

@@ -1,5 +1,5 @@
-// Windows-1252 to and from UTF-8 (see zet/ZetCp1252.h): the one table of the
-// library's encoding, and a UTF-8 reader that takes only well-formed text.
+// Windows-1252 to and from UTF-8 (see zet/ZetCp1252.h): the one table of the library's encoding,
+// and a UTF-8 reader that takes only well-formed text.
 #include <cstdint>
 
 #include "zet/ZetCp1252.h"
@@ -7,8 +7,8 @@
 namespace zet::cp1252 {
 namespace {
 
-// The characters of bytes 0x80..0x9F; the five undefined ones hold the C1
-// control of the same value, which only EUndefined::kC1Control gives out.
+// The characters of bytes 0x80..0x9F; the five undefined ones hold the C1 control of the same
+// value, which only EUndefined::kC1Control gives out.
 constexpr uint16_t kHigh[32] = {0x20AC, 0x0081, 0x201A, 0x0192, 0x201E, 0x2026, 0x2020, 0x2021,
                                 0x02C6, 0x2030, 0x0160, 0x2039, 0x0152, 0x008D, 0x017D, 0x008F,
                                 0x0090, 0x2018, 0x2019, 0x201C, 0x201D, 0x2022, 0x2013, 0x2014,
@@ -31,8 +31,8 @@ void AppendUtf8(std::string& out, long cp) {
   }
 }
 
-// The next character of UTF-8 text at `pos`, or -1 for a broken sequence (one
-// byte is then consumed). Overlong forms and surrogates count as broken.
+// The next character of UTF-8 text at `pos`, or -1 for a broken sequence (one byte is then
+// consumed). Overlong forms and surrogates count as broken.
 long NextUtf8(std::string_view s, size_t& pos) {
   const auto c = static_cast<unsigned char>(s[pos++]);
   if (c < 0x80) return c;

@@ -1,6 +1,5 @@
-// The library's Windows-1252 codec: every byte under both treatments of the
-// five undefined bytes, and what becomes of UTF-8 that is broken or out of
-// reach.
+// The library's Windows-1252 codec: every byte under both treatments of the five undefined bytes,
+// and what becomes of UTF-8 that is broken or out of reach.
 #include <gtest/gtest.h>
 
 #include <string>
@@ -12,8 +11,8 @@ namespace {
 
 using cp1252::EUndefined;
 
-// Windows-1252's characters for 0x80..0x9F, written out from its published
-// table (0: the five bytes it leaves undefined).
+// Windows-1252's characters for 0x80..0x9F, written out from its published table (0: the five bytes
+// it leaves undefined).
 constexpr long kPublished[32] = {0x20AC, 0,      0x201A, 0x0192, 0x201E, 0x2026, 0x2020, 0x2021,
                                  0x02C6, 0x2030, 0x0160, 0x2039, 0x0152, 0,      0x017D, 0,
                                  0,      0x2018, 0x2019, 0x201C, 0x201D, 0x2022, 0x2013, 0x2014,
@@ -72,9 +71,8 @@ TEST(Cp1252, EveryByteUnderBothPolicies) {
   }
 }
 
-// What UTF-8 cannot give as Windows-1252 becomes '?', one for each byte of a
-// broken sequence and one for each character out of reach; the rest is
-// converted.
+// What UTF-8 cannot give as Windows-1252 becomes '?', one for each byte of a broken sequence and
+// one for each character out of reach; the rest is converted.
 TEST(Cp1252, BrokenOrUnreachableUtf8) {
   const struct {
     const char* utf8;

@@ -1,8 +1,7 @@
-// String ConcatArr and Append against the vector's byte cap, which counts the
-// texts: a few long texts that together pass it are refused before anything is
-// copied, and the output is left as it was. One long text stands in several
-// inputs at once (the inputs are pointers to the same value), so a case costs
-// one text and not the gigabyte it adds up to.
+// String ConcatArr and Append against the vector's byte cap, which counts the texts: a few long
+// texts that together pass it are refused before anything is copied, and the output is left as it
+// was. One long text stands in several inputs at once (the inputs are pointers to the same value),
+// so a case costs one text and not the gigabyte it adds up to.
 #include <string>
 #include <vector>
 
@@ -55,12 +54,12 @@ constexpr size_t kCap = kZetMaxVectorBytes;
 constexpr size_t kElement = sizeof(CZetString);
 
 TEST(StringArrayCap, ConcatArrAndAppendCountTheTexts) {
-  // ConcatArr of an array with itself: one text of half the cap, less its
-  // element's own bytes, fits twice exactly; one byte more does not.
+  // ConcatArr of an array with itself: one text of half the cap, less its element's own bytes, fits
+  // twice exactly; one byte more does not.
   CZetObject halfArray;
   halfArray.Ref<CZetStringVector>().Std().emplace_back(std::string((kCap / 2 - kElement) + 1, 'h'));
-  // Append of one text as many values: 64 texts of a 64th of the cap pass it
-  // with their elements' bytes, and so do 32 of them after the half above.
+  // Append of one text as many values: 64 texts of a 64th of the cap pass it with their elements'
+  // bytes, and so do 32 of them after the half above.
   CZetObject sixtyFourth;
   sixtyFourth = std::string(kCap / 64, 's');
   CZetObject empty = Texts({});
