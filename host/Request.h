@@ -38,16 +38,16 @@ void DecodeParams(const SInstrInfo& info, const Json& params, std::span<CZetObje
 struct SReadInput {
   int index = 0;      // the position in "inputs"
   CZetObject value;   // the slot's values
-  std::string error;  // when set, what decoding the input fails with instead
+  std::string error;  // when set, what decoding the input fails with instead of the value
 };
 struct SReadRequest {
   Json tree;
   std::vector<SReadInput> inputs;  // in the order of their positions
 };
-// Reads `line` into `out`. Fails as ParseJson does (nesting, malformed text); returns
-// false, with `out` empty, when an input does not fit its slot or the line is
-// otherwise beyond the direct path: ParseJson then reads it, and decoding the tree
-// gives the error texts.
+// Reads `line` into `out`. Fails as ParseJson does (nesting, malformed text). An input that does
+// not fit its slot is left with the error text DecodeValue would give it. Returns false, with `out`
+// empty, when the line is beyond the direct path (an "instr" given again after inputs were read):
+// ParseJson then reads it.
 bool ReadRequest(std::string_view line, CZetPluginModule& module, SReadRequest& out);
 
 // The index of the entry whose name is `key` (UTF-8), or whose position it spells

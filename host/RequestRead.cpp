@@ -4,11 +4,12 @@
 // straight into the values of its slot (numbers, Booleans, texts, points, lines), so a million
 // points cost their 16 MB and not a JSON object each.
 //
-// Exactness comes first: the reader only takes the direct path when the result is the one the JSON
-// value would have given. An element that does not fit its slot, or an "instr" given twice, ends
-// the pass, and the caller reads the line again with ParseJson, so that every error text is the one
-// the usual path writes, word for word.
-#include <cmath>
+// Each element is made a small JSON value of its own and decoded by the value codec's ElementOf,
+// then dropped: the values and the error texts are the codec's, and an array that fails fails as
+// DecodeValue fails it (too many elements first, else its first element that does not fit), at the
+// point where the request decodes that input. Only an "instr" given twice after inputs were read
+// sends the line back to ParseJson.
+#include <optional>
 #include <utility>
 
 #include "Request.h"
@@ -28,51 +29,48 @@ class CRequestReader {
   bool GaveUp() const { return m_gaveUp; }
 
   bool null() {
-    if (m_capture) return Element(EEvent::kOther, 0, nullptr);
+    if (m_capture) return Element([&](Dom& d) { return d.null(); }, Json(nullptr));
     return Scalar([&] { return m_dom.null(); }, Json(nullptr));
   }
   bool boolean(bool b) {
-    if (m_capture) return Element(b ? EEvent::kTrue : EEvent::kFalse, 0, nullptr);
+    if (m_capture) return Element([&](Dom& d) { return d.boolean(b); }, Json(b));
     return Scalar([&] { return m_dom.boolean(b); }, Json(b));
   }
   bool number_integer(Json::number_integer_t v) {
-    if (m_capture) return Element(EEvent::kNumber, static_cast<double>(v), nullptr);
+    if (m_capture) return Element([&](Dom& d) { return d.number_integer(v); }, Json(v));
     return Scalar([&] { return m_dom.number_integer(v); }, Json(v));
   }
   bool number_unsigned(Json::number_unsigned_t v) {
-    if (m_capture) return Element(EEvent::kNumber, static_cast<double>(v), nullptr);
+    if (m_capture) return Element([&](Dom& d) { return d.number_unsigned(v); }, Json(v));
     return Scalar([&] { return m_dom.number_unsigned(v); }, Json(v));
   }
   bool number_float(Json::number_float_t v, const Json::string_t& text) {
-    if (m_capture) return Element(EEvent::kNumber, v, nullptr);
+    if (m_capture) return Element([&](Dom& d) { return d.number_float(v, text); }, Json(v));
     return Scalar([&] { return m_dom.number_float(v, text); }, Json(v));
   }
   bool string(Json::string_t& s) {
-    if (m_capture) return Element(EEvent::kString, 0, &s);
+    if (m_capture) return Element([&](Dom& d) { return d.string(s); }, Json(s));
     // Only an "instr" is looked at, so only then is the text copied.
     return Scalar([&] { return m_dom.string(s); }, IsInstr() ? Json(s) : Json());
   }
   bool binary(Json::binary_t& b) {
-    return m_capture ? Element(EEvent::kOther, 0, nullptr) : m_dom.binary(b);
+    return m_capture ? GiveUp() : m_dom.binary(b);  // JSON text has none
   }
 
   bool start_object(std::size_t n) {
-    if (m_capture) return Open(true);
+    if (m_capture) return Open([&](Dom& d) { return d.start_object(n); });
     if (m_depth == 0) m_topIsObject = true;
     CountInput();
     ++m_depth;
     return m_dom.start_object(n);
   }
   bool end_object() {
-    if (m_capture) return Close();
+    if (m_capture) return Close([&](Dom& d) { return d.end_object(); });
     --m_depth;
     return m_dom.end_object();
   }
   bool key(Json::string_t& k) {
-    if (m_capture) {
-      if (m_nest == 1) m_field = FieldOf(k);
-      return true;
-    }
+    if (m_capture) return m_element->key(k);
     if (m_depth == 1) {
       m_key = k;
       if (k == "instr" && ++m_instrKeys > 1) {
@@ -87,7 +85,7 @@ class CRequestReader {
     return m_dom.key(k);
   }
   bool start_array(std::size_t n) {
-    if (m_capture) return Open(false);
+    if (m_capture) return Open([&](Dom& d) { return d.start_array(n); });
     if (m_depth == 2 && m_inInputs && m_instr >= 0) {
       const int i = m_inputCount;
       const int type = SlotType(i);
@@ -106,7 +104,7 @@ class CRequestReader {
     return m_dom.start_array(n);
   }
   bool end_array() {
-    if (m_capture) return Close();
+    if (m_capture) return Close([&](Dom& d) { return d.end_array(); });
     if (--m_depth == 1) m_inInputs = false;
     return m_dom.end_array();
   }
@@ -117,8 +115,6 @@ class CRequestReader {
   }
 
  private:
-  enum class EEvent { kNumber, kString, kTrue, kFalse, kOther };
-
   bool IsInstr() const { return m_depth == 1 && m_key == "instr"; }
 
   // A scalar outside the captured arrays: into the tree, and an "instr" is resolved at once so that
@@ -165,6 +161,8 @@ class CRequestReader {
     m_type = type;
     m_nest = 0;
     m_count = 0;
+    m_what = "input " + std::to_string(index);
+    m_elementError.clear();
     m_out.inputs.push_back(SReadInput{index, CZetObject(), {}});
     switch (type) {
 #define ZET_ARRAY_TYPE(Code, Number, Vector, ...) \
@@ -177,112 +175,70 @@ class CRequestReader {
     }
   }
 
-  template <class Vector>
-  Vector& Values() {
-    return m_out.inputs.back().value.Ref<Vector>();
+  // One whole element: counted, and decoded into the slot's values until the array has failed.
+  void Decode(const Json& e) {
+    switch (m_type) {
+#define ZET_ARRAY_TYPE(Code, Number, Vector, ...) \
+  case Code:                                      \
+    Add<Vector>(e);                               \
+    break;
+#include "zet/ZetTypes.def"
+      default:
+        break;
+    }
   }
 
-  // Whether the array has more elements than its slot can hold: the rest are then only parsed, and
-  // the input fails as the usual path fails it, whatever they are.
   template <class Vector>
-  bool Full() {
-    if (m_count++ < Vector::kMaxSize) return false;
+  void Add(const Json& e) {
     SReadInput& in = m_out.inputs.back();
-    if (in.error.empty()) {
-      in.error = "input " + std::to_string(in.index) + ": array too large";
+    if (++m_count > Vector::kMaxSize) {
+      // Too many: the input fails so whatever its elements are (DecodeValue checks the size first),
+      // and the rest are only parsed.
+      in.error = m_what + ": array too large";
+      in.value.Clear();
+      return;
+    }
+    if (!m_elementError.empty()) return;
+    try {
+      in.value.Ref<Vector>().Std().push_back(ElementOf<typename Vector::value_type>(e, m_what));
+    } catch (const SDecodeError& error) {
+      m_elementError = error.text;  // the first element that does not fit
       in.value.Clear();
     }
+  }
+
+  // A scalar inside the captured array: an element itself, or part of one.
+  template <class F>
+  bool Element(F toElement, const Json& value) {
+    if (m_nest > 0) return toElement(*m_element);
+    Decode(value);
     return true;
   }
-  bool Overflowed() const { return !m_out.inputs.back().error.empty(); }
 
-  // A number as NumberOf reads one: a JSON number, or "NaN", "Infinity", "-Infinity".
-  static bool NumberFrom(EEvent e, double d, const std::string* s, double* out) {
-    if (e == EEvent::kNumber) {
-      *out = d;
-      return true;
+  template <class F>
+  bool Open(F toElement) {
+    if (m_nest++ == 0) {  // an element that is an array or an object
+      m_elementValue = Json();
+      m_element.emplace(m_elementValue);
     }
-    if (e != EEvent::kString) return false;
-    if (*s == "NaN")
-      *out = std::nan("");
-    else if (*s == "Infinity")
-      *out = HUGE_VAL;
-    else if (*s == "-Infinity")
-      *out = -HUGE_VAL;
-    else
-      return false;
-    return true;
+    return toElement(*m_element);
   }
 
-  int FieldOf(const std::string& k) const {
-    const bool point = m_type == kTypePointArray;
-    if (k == (point ? "x" : "a")) return 0;
-    if (k == (point ? "y" : "d")) return 1;
-    return -1;
-  }
-
-  // A scalar inside the captured array.
-  bool Element(EEvent e, double d, std::string* s) {
-    if (m_nest == 0) {  // an element of the array itself
-      if (Overflowed()) return true;
-      switch (m_type) {
-        case kTypeNumberArray: {
-          double v;
-          if (!NumberFrom(e, d, s, &v)) return GiveUp();
-          if (!Full<CZetNumberVector>()) Values<CZetNumberVector>().Std().push_back(v);
-          return true;
-        }
-        case kTypeBoolArray:
-          if (e != EEvent::kTrue && e != EEvent::kFalse) return GiveUp();
-          if (!Full<CZetBoolVector>())
-            Values<CZetBoolVector>().Std().emplace_back(e == EEvent::kTrue);
-          return true;
-        case kTypeStringArray: {
-          std::string text;
-          if (e != EEvent::kString || !Utf8ToCp1252(*s, &text)) return GiveUp();
-          if (!Full<CZetStringVector>())
-            Values<CZetStringVector>().Std().emplace_back(std::move(text));
-          return true;
-        }
-        default:
-          return GiveUp();  // points and lines are objects
-      }
-    }
-    // A field of a point or a line; a later field of the same name replaces it, as in a JSON
-    // object. Other fields are not read.
-    if (m_nest == 1 && m_field >= 0) m_valid[m_field] = NumberFrom(e, d, s, &m_xy[m_field]);
-    return true;
-  }
-
-  bool Open(bool object) {
-    const bool pointOrLine = m_type == kTypePointArray || m_type == kTypeLineArray;
-    if (m_nest == 0) {
-      if (!object || !pointOrLine) return GiveUp();
-      m_valid[0] = m_valid[1] = false;
-      m_field = -1;
-    } else if (m_nest == 1 && m_field >= 0) {
-      m_valid[m_field] = false;  // a field holding an array or an object
-      m_field = -1;
-    }
-    ++m_nest;
-    return true;
-  }
-
-  bool Close() {
+  template <class F>
+  bool Close(F toElement) {
     if (m_nest == 0) {  // the end of the array
       m_capture = false;
+      SReadInput& in = m_out.inputs.back();
+      if (in.error.empty() && !m_elementError.empty()) in.error = std::move(m_elementError);
       return true;
     }
-    if (--m_nest > 0) return true;
-    // The end of a point or a line.
-    if (Overflowed()) return true;
-    if (!m_valid[0] || !m_valid[1]) return GiveUp();
-    if (m_type == kTypePointArray) {
-      if (!Full<CZetPointVector>()) Values<CZetPointVector>().Std().emplace_back(m_xy[0], m_xy[1]);
-    } else if (!Full<CZetLineVector>()) {
-      Values<CZetLineVector>().Std().emplace_back(m_xy[0], m_xy[1]);
+    const bool ok = toElement(*m_element);
+    if (--m_nest == 0) {
+      m_element.reset();
+      Decode(m_elementValue);
+      m_elementValue = Json();
     }
-    return true;
+    return ok;
   }
 
   bool GiveUp() {
@@ -309,10 +265,11 @@ class CRequestReader {
   int m_type = 0;
   int m_nest = 0;  // containers open inside it
   size_t m_count = 0;
-  int m_field = -1;      // the point's or line's field whose value comes next (0, 1,
-                         // -1: other)
-  bool m_valid[2] = {};  // whether each field holds a number
-  double m_xy[2] = {};
+  std::string m_what;          // "input N", as errors name it
+  std::string m_elementError;  // what its first element that does not fit says
+  // The element being read when it is an array or an object.
+  Json m_elementValue;
+  std::optional<Dom> m_element;
 };
 
 }  // namespace

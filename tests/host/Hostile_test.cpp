@@ -161,7 +161,8 @@ TEST(Hostile, BigAnswersFitUnderAnAddressSpaceLimit) {
 
 // A million points in one request (about 30 MB of text) are read straight into the
 // input's values: the session fits 256 MiB of address space, where a JSON tree of
-// the points alone once took about 230 MB more than the text.
+// the points alone once took about 230 MB more than the text. A point that does not
+// fit is found the same way, without a tree either.
 TEST(Hostile, AMillionPointsAreReadWithoutATree) {
   if (kSanitized) GTEST_SKIP() << "the sanitizer reserves more address space than the limit";
   CTempDir dir;
@@ -175,10 +176,13 @@ TEST(Hostile, AMillionPointsAreReadWithoutATree) {
                   2 * x + (noise >> 8) * 1e-7 - 0.8);
     request += point;
   }
+  // The same points with one that is not a point at the end: an error, at the same cost.
+  const std::string spoilt = request + R"(,{"x":1}]]})" + "\n";
   request += "]]}\n";
-  const auto [rc, answers] = Exec(dir, request + kAdd + "\n", "--as=268435456");
+  const auto [rc, answers] = Exec(dir, request + spoilt + kAdd + "\n", "--as=268435456");
   EXPECT_EQ(rc, 0);
-  ASSERT_EQ(answers.size(), 2u);
+  ASSERT_EQ(answers.size(), 3u);
+  EXPECT_EQ(answers[1], R"({"error":"input 1: missing \"y\" in {\"x\":1}"})");
   // All points were used; the line's angle is about atan(2).
   const std::string& a = answers[0];
   const std::string head = R"({"status":0,"outputs":[1000000.0,{"a":)";
@@ -187,7 +191,7 @@ TEST(Hostile, AMillionPointsAreReadWithoutATree) {
   size_t points = 0;
   for (size_t at = a.find("{\"x\":"); at != std::string::npos; at = a.find("{\"x\":", at + 1)) ++points;
   EXPECT_EQ(points, 1000000u);
-  EXPECT_EQ(answers[1], kAddAnswer);
+  EXPECT_EQ(answers[2], kAddAnswer);
 }
 
 // Many copies of a long text: the cap counts the texts' bytes, so the request fails
