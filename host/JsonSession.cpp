@@ -49,7 +49,18 @@ struct CZetJsonSession::SImpl {
 
   // The answer's text; with a sink, text beyond CZetJsonSession::kStreamAbove bytes
   // has already been written there.
-  std::string Run(Json req, std::ostream* sink = nullptr) {
+  // A request line: read in one pass when it can be, else parsed whole.
+  std::string RunLine(const std::string& line, std::ostream* sink = nullptr) {
+    {
+      SReadRequest read;
+      if (ReadRequest(line, module, read)) return Run(std::move(read.tree), sink, &read.inputs);
+    }
+    return Run(ParseJson(line), sink);
+  }
+
+  // `read`: inputs already made from the line (ReadRequest), whose places in `req`
+  // hold null.
+  std::string Run(Json req, std::ostream* sink = nullptr, std::vector<SReadInput>* read = nullptr) {
     requestImages.clear();
     if (!req.is_object()) Fail("a request must be a JSON object");
     if (!req.contains("instr")) Fail("missing \"instr\"");
@@ -70,9 +81,16 @@ struct CZetJsonSession::SImpl {
     if (req.contains("params"))
       DecodeParams(info, req["params"], ctx.Params(),
                    requestImages);
+    SReadInput* next = read && !read->empty() ? read->data() : nullptr;
     for (int i = 0; i < given; ++i) {
       const int slot = std::min(i, declared - 1);
       if (slot < 0) Fail("this instruction has no inputs");
+      if (next && next->index == i) {
+        if (!next->error.empty()) Fail(next->error);
+        ctx.Input(i) = std::move(next->value);
+        next = next + 1 == read->data() + read->size() ? nullptr : next + 1;
+        continue;
+      }
       Decode(inputs[i], info.inputs[slot].type, ctx.Input(i), "input " + std::to_string(i));
     }
     if (req.contains("outputs")) {
@@ -187,7 +205,7 @@ std::string ErrorAnswer(std::exception_ptr e) {
 
 std::string CZetJsonSession::Handle(const std::string& line) {
   try {
-    return m_impl->Run(ParseJson(line));
+    return m_impl->RunLine(line);
   } catch (...) {
     return ErrorAnswer(std::current_exception());
   }
@@ -199,7 +217,7 @@ void CZetJsonSession::Handle(const std::string& line, std::ostream& out) {
   // text at a time, so a failure (an error line instead) comes before the first piece.
   std::string tail;
   try {
-    tail = m_impl->Run(ParseJson(line), &out);
+    tail = m_impl->RunLine(line, &out);
   } catch (...) {
     tail = ErrorAnswer(std::current_exception());
   }

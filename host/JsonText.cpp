@@ -97,11 +97,15 @@ void BriefTo(const Json& j, std::string& out, size_t limit) {
 
 }  // namespace
 
-Json ParseJson(std::string_view text, bool comments) {
+void CheckJsonDepth(std::string_view text, bool comments) {
   const SDepthReport deep = FirstTooDeep(text, comments);
   if (deep.offset)
     Fail("bad JSON: nested deeper than " + std::to_string(kMaxJsonDepth) + " levels at line " +
          std::to_string(deep.line) + ", column " + std::to_string(deep.column));
+}
+
+Json ParseJson(std::string_view text, bool comments) {
+  CheckJsonDepth(text, comments);
   return Json::parse(text, nullptr, true, comments);
 }
 

@@ -133,9 +133,6 @@ CZetLine LineOf(const Json& j, const std::string& what) {
   return CZetLine(NumberOf(Field(j, "a", what), what), NumberOf(Field(j, "d", what), what));
 }
 
-// One element of an array value, read as a value of its element type.
-template <class T>
-T ElementOf(const Json& e, const std::string& what);
 template <>
 CZetBool ElementOf<CZetBool>(const Json& e, const std::string& what) {
   if (!e.is_boolean()) Fail(what + ": expected true or false, got " + Brief(e));

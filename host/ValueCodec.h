@@ -36,6 +36,20 @@ int IntOf(const Json& j, const std::string& what);
 std::string TextOf(const Json& j, const std::string& what);  // UTF-8 in, Windows-1252 out
 CZetPoint PointOf(const Json& j, const std::string& what);
 CZetLine LineOf(const Json& j, const std::string& what);
+// One element of an array value as a value of the array's element type T (CZetBool,
+// double, CZetString, CZetPoint, CZetLine).
+template <class T>
+T ElementOf(const Json& e, const std::string& what);
+template <>
+CZetBool ElementOf<CZetBool>(const Json& e, const std::string& what);
+template <>
+double ElementOf<double>(const Json& e, const std::string& what);
+template <>
+CZetString ElementOf<CZetString>(const Json& e, const std::string& what);
+template <>
+CZetPoint ElementOf<CZetPoint>(const Json& e, const std::string& what);
+template <>
+CZetLine ElementOf<CZetLine>(const Json& e, const std::string& what);
 
 // JSON to a value of the descriptor type `type` (kTypeBool ... kTypeLineArray); null
 // makes the value untyped. An image ({"file": ...}) is loaded into an image appended
@@ -54,6 +68,8 @@ inline constexpr size_t kMaxJsonDepth = 128;
 // naming the line and column) beyond kMaxJsonDepth, and throws the parser's own
 // Json::parse_error for malformed text. `comments`: // and /* */ are allowed.
 Json ParseJson(std::string_view text, bool comments = false);
+// The nesting check of ParseJson alone, for readers that parse the text themselves.
+void CheckJsonDepth(std::string_view text, bool comments = false);
 
 // At most about 60 characters of a value's JSON, cut with "..." (for error texts,
 // which never quote untrusted input whole).

@@ -48,4 +48,66 @@ TEST(JsonSession, RequestErrorsKeepTheSessionGoing) {
   }
 }
 
+// Arrays given as inputs are read straight into their slots when the instruction
+// comes first on the line, and through a JSON value when it comes after them. Both
+// must answer alike, errors word for word: every case is run both ways.
+TEST(JsonSession, ArrayInputsReadDirectlyAnswerAsTheTreeDoes) {
+  CZetPluginModule module(ZET_TEST_PLUGIN);
+  CZetJsonSession session(module);
+  const char* numbers = "\"_Zet_Array_CNArrConcatArr_\"";
+  const char* bools = "\"_Zet_Array_CBArrConcatArr_\"";
+  const char* texts = "\"_Zet_Array_CSArrConcatArr_\"";
+  const char* points = "\"_Zet_Array_CArrConcatArr_\"";
+  const char* lines = "\"_Zet_Array_CLArrConcatArr_\"";
+  const struct {
+    const char* instr;
+    const char* inputs;
+    const char* more;  // further members of the request
+    bool ok;
+  } cases[] = {
+      {numbers, R"([[3, -1, 2.5, 18446744073709551615, -9223372036854775808, 1e300], ["NaN", "Infinity", "-Infinity"]])", "", true},
+      {numbers, "[[], []]", "", true},
+      {numbers, R"([[1, "x"]])", "", false},
+      {numbers, "[[1, null]]", "", false},
+      {numbers, "[[1, [2]]]", "", false},
+      {numbers, R"([[1, {"x": 1}]])", "", false},
+      {numbers, "[[true]]", "", false},
+      {numbers, "[[1], 5]", "", false},
+      {numbers, R"([[1, "x"], [true]])", "", false},
+      {numbers, R"(["a", [1, "x"]])", "", false},
+      {numbers, R"([[1, "x"]])", R"(, "params": {"nope": 1})", false},
+      {numbers, "[[1], [2], [3]]", "", false},
+      {numbers, "[[1], [2]]", R"(, "inputs": [[5, 4], [3]])", true},
+      {numbers, "[[1], [2]]", R"(, "instr": "_Zet_Array_CSArrConcatArr_")", false},
+      {numbers, "[[1], [2]]", R"(, "instr": "_Zet_Array_CNArrSort_")", false},
+      {"\"nope\"", "[[1], [2]]", "", false},
+      {"2", "[[1], [2]]", "", false},
+      {bools, "[[true, false], [true]]", "", true},
+      {bools, "[[1]]", "", false},
+      {texts, R"([["caf\u00e9", "Gr\u00f6\u00dfe \u20ac", "", "a\"b", "\u0081"], ["x"]])", "", true},
+      {texts, R"([["\u221e"]])", "", false},
+      {texts, "[[1]]", "", false},
+      {texts, R"([[["a"]]])", "", false},
+      {points, R"([[{"x": 1, "y": 2}, {"y": 4, "x": 3, "z": [1, {"q": 2}]}], [{"x": 1, "x": 5, "y": "NaN"}]])", "", true},
+      {points, R"([[{"x": [1], "x": 2, "y": 1}, {"x": 1, "y": {"v": 1}, "y": 2}]])", "", true},
+      {points, R"([[{"x": 1}]])", "", false},
+      {points, R"([[{"x": "a", "y": 1}]])", "", false},
+      {points, R"([[{"x": 2, "y": 1, "x": [1]}]])", "", false},
+      {points, "[[[1, 2]]]", "", false},
+      {points, R"([[{"x": 1, "y": 2}, 3]])", "", false},
+      {lines, R"([[{"a": 0.5, "d": 10}, {"d": -1, "a": "-Infinity"}], []])", "", true},
+      {lines, R"([[{"x": 1, "y": 2}]])", "", false},
+  };
+  for (const auto& c : cases) {
+    const std::string direct =
+        std::string("{\"instr\": ") + c.instr + ", \"inputs\": " + c.inputs + c.more + "}";
+    const std::string tree =
+        std::string("{\"inputs\": ") + c.inputs + ", \"instr\": " + c.instr + c.more + "}";
+    SCOPED_TRACE(direct);
+    const std::string answer = session.Handle(direct);
+    EXPECT_EQ(answer, session.Handle(tree));
+    EXPECT_EQ(answer.rfind("{\"status\":0,", 0) == 0, c.ok) << answer;
+  }
+}
+
 }  // namespace

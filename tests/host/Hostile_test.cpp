@@ -5,6 +5,9 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <cmath>
+#include <cstdio>
+#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <nlohmann/json.hpp>
@@ -153,6 +156,41 @@ TEST(Hostile, BigAnswersFitUnderAnAddressSpaceLimit) {
   EXPECT_EQ(answers[0].substr(0, head.size()), head);
   EXPECT_EQ(answers[0].size(), 18u * 4000000 + 68);  // 17 bytes a point, commas, the frame
   EXPECT_EQ(answers[1].substr(0, 80).find("{\"status\":0"), std::string::npos) << answers[1].substr(0, 200);
+  EXPECT_EQ(answers[2], kAddAnswer);
+}
+
+// A million points in one request (about 30 MB of text) are read straight into the
+// input's values: the session fits 256 MiB of address space, where a JSON tree of
+// the points alone once took about 230 MB more than the text. A point that does not
+// fit is found the same way, without a tree either.
+TEST(Hostile, AMillionPointsAreReadWithoutATree) {
+  if (kSanitized) GTEST_SKIP() << "the sanitizer reserves more address space than the limit";
+  CTempDir dir;
+  std::string request = R"({"instr": "_Zet_Geometric_Pt2BestLn_", "inputs": [0, [)";
+  uint32_t noise = 1;
+  char point[64];
+  for (int i = 0; i < 1000000; ++i) {
+    noise = noise * 1664525u + 1013904223u;  // a few digits of scatter about y = 2x
+    const double x = i * 0.001;
+    std::snprintf(point, sizeof point, "%s{\"x\":%.10g,\"y\":%.10g}", i ? "," : "", x,
+                  2 * x + (noise >> 8) * 1e-7 - 0.8);
+    request += point;
+  }
+  // The same points with one that is not a point at the end: an error, at the same cost.
+  const std::string spoilt = request + R"(,{"x":1}]]})" + "\n";
+  request += "]]}\n";
+  const auto [rc, answers] = Exec(dir, request + spoilt + kAdd + "\n", "--as=268435456");
+  EXPECT_EQ(rc, 0);
+  ASSERT_EQ(answers.size(), 3u);
+  EXPECT_EQ(answers[1], R"({"error":"input 1: missing \"y\" in {\"x\":1}"})");
+  // All points were used; the line's angle is about atan(2).
+  const std::string& a = answers[0];
+  const std::string head = R"({"status":0,"outputs":[1000000.0,{"a":)";
+  ASSERT_EQ(a.substr(0, head.size()), head) << a.substr(0, 200);
+  EXPECT_NEAR(std::tan(std::strtod(a.c_str() + head.size(), nullptr)), 2.0, 1e-4);
+  size_t points = 0;
+  for (size_t at = a.find("{\"x\":"); at != std::string::npos; at = a.find("{\"x\":", at + 1)) ++points;
+  EXPECT_EQ(points, 1000000u);
   EXPECT_EQ(answers[2], kAddAnswer);
 }
 
