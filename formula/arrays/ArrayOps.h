@@ -269,7 +269,7 @@ class TArrAppend final : public TInstr<TArrAppend<E, R>> {
     if (in.size() + k > V::kMaxSize) return kFail;  // refused before the output is touched
     if constexpr (std::is_same_v<V, CZetStringVector>) {  // the cap counts texts too
       size_t bytes = a.Get<V>(0).CapBytes() + k * sizeof(typename V::value_type);
-      for (int j = 0; j < k; ++j) bytes += CZetVectorBytes(E::Read(a, 1 + j));
+      for (int j = 0; j < k; ++j) bytes += a.String(1 + j).size();  // counted, not copied
       if (bytes > kZetMaxVectorBytes) return kFail;
     }
     // Written in place, so that an output holding an array from the last run keeps its
