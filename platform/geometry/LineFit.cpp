@@ -4,6 +4,7 @@
 #include <cmath>
 #include <cstring>
 
+#include "FitBracket.h"
 #include "FitCommon.h"
 
 namespace zet::geometry {
@@ -48,13 +49,19 @@ double KthSmallest(const double* values, size_t n, size_t k, std::vector<double>
     return work[k];
   };
   if (n < kNarrowFrom) return whole();
-  // A sample of s = (2n)^(2/3) values evenly spread (which balances the selection in
-  // the sample against the one in the bracket); the sample ranks k s / n -/+ three
-  // standard deviations of the sample rank (sqrt(s) / 2 at most) bracket the k-th value.
+  // A sample of s = (2n)^(2/3) values, one from each run of `every` at a position
+  // within it that a fixed pseudo-random sequence picks, so that data with a period
+  // (every fifth point an outlier) cannot bias it; s balances the selection in the
+  // sample against the one in the bracket. The sample ranks k s / n -/+ three standard
+  // deviations of the sample rank (sqrt(s) / 2 at most) bracket the k-th value.
   const size_t every = std::max<size_t>(2, static_cast<size_t>(std::cbrt(n / 4.0)));
   const size_t s = n / every;
   work.resize(s);
-  for (size_t j = 0; j < s; ++j) work[j] = values[j * every];
+  uint32_t state = 0x9E3779B9u;
+  for (size_t j = 0; j < s; ++j) {
+    state = state * 1664525u + 1013904223u;  // the multiplier and increment of a full-period LCG
+    work[j] = values[j * every + ((state >> 16) * every >> 16)];
+  }
   const size_t centre = std::min(s - 1, k / every);
   const size_t spread = static_cast<size_t>(1.5 * std::sqrt(static_cast<double>(s))) + 8;
   const size_t rlo = centre > spread ? centre - spread : 0, rhi = std::min(s - 1, centre + spread);
@@ -65,14 +72,8 @@ double KthSmallest(const double* values, size_t n, size_t k, std::vector<double>
   const double lo = rlo == 0 ? -INFINITY : work[rlo];
   // Count what lies below the bracket; keep what lies in it.
   work.resize(n);
-  double* cand = work.data();
-  size_t below = 0, m = 0;
-  for (size_t i = 0; i < n; ++i) {
-    const double v = values[i];
-    below += v < lo;
-    cand[m] = v;
-    m += (v >= lo) & (v <= hi);
-  }
+  size_t below = 0;
+  const size_t m = Bracket(values, n, lo, hi, work.data(), &below);
   if (k < below || k >= below + m) return whole();
   std::nth_element(work.begin(), work.begin() + static_cast<ptrdiff_t>(k - below),
                    work.begin() + static_cast<ptrdiff_t>(m));
