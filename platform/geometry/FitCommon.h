@@ -33,17 +33,19 @@ struct SKept {
 };
 
 // The working memory of the fits, kept per thread from one fit to the next: a fit
-// of 10^6 points needs some 30 MB, and touching fresh pages costs more than the fit
-// itself on a virtual machine. FinishFit hands a fit's kept list back and releases
-// the memory when it outgrew kScratchKeepBytes, so that one huge fit does not hold
-// its memory for the life of the thread.
+// of 10^6 points needs some 45 MB, and touching fresh pages costs more than the fit
+// itself on a virtual machine (three times the fit at 10^6 points when the memory
+// went back after each). FinishFit hands a fit's kept list back and releases the
+// memory when it outgrew kScratchKeepBytes, so that one huge fit (beyond some
+// 1.4 million points) does not hold its memory for the life of the thread; up to
+// that a thread keeps what its largest fit needed.
 struct SFitScratch {
   std::vector<double> dist, work, first, second;
   std::vector<uint32_t> subset, near;
   std::vector<uint8_t> in, before;
   size_t Bytes() const;
 };
-inline constexpr size_t kScratchKeepBytes = size_t{16} << 20;
+inline constexpr size_t kScratchKeepBytes = size_t{64} << 20;
 SFitScratch& FitScratch();
 void FinishFit(SKept* kept);
 
