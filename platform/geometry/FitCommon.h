@@ -43,6 +43,7 @@ struct SFitScratch {
   std::vector<double> dist, work, first, second;
   std::vector<uint32_t> subset, near;
   std::vector<uint8_t> in, before;
+  std::vector<CZetPoint> frame;  // a model's points in the frame its fit works in
   size_t Bytes() const;
 };
 inline constexpr size_t kScratchKeepBytes = size_t{64} << 20;

@@ -88,7 +88,7 @@ size_t SFitScratch::Bytes() const {
   return (dist.capacity() + work.capacity() + first.capacity() + second.capacity()) *
              sizeof(double) +
          (subset.capacity() + near.capacity()) * sizeof(uint32_t) + in.capacity() +
-         before.capacity();
+         before.capacity() + frame.capacity() * sizeof(CZetPoint);
 }
 
 SFitScratch& FitScratch() {
