@@ -93,10 +93,15 @@ struct SCircleModel {
                         std::hypot(0.5 * (f.cxx - f.cyy), f.cxy);  // scatter's major axis
     const double lmin = f.cxx + f.cyy - lmax;
     if (!(lmin > kCollinear * kCollinear * lmax)) return CZetGeometry::kFitDegenerate;
-    const auto q = [&](size_t i) {
+    // Worked out once: Levenberg-Marquardt reads them at every step.
+    std::vector<CZetPoint>& frame = FitScratch().frame;
+    frame.resize(m);
+    for (size_t i = 0; i < m; ++i) {
       const CZetPoint p = f.ToFrame(points[at(i)]);
-      return CZetPoint((p.x - f.mx) / spread, (p.y - f.my) / spread);
-    };
+      frame[i] = CZetPoint((p.x - f.mx) / spread, (p.y - f.my) / spread);
+    }
+    const CZetPoint* inFrame = frame.data();
+    const auto q = [inFrame](size_t i) { return inFrame[i]; };
 
     Vector3d c;  // centre x, centre y, radius, in q
     if (fitted) {  // a refit of a subset starts from the fit it was chosen by

@@ -33,17 +33,20 @@ struct SKept {
 };
 
 // The working memory of the fits, kept per thread from one fit to the next: a fit
-// of 10^6 points needs some 30 MB, and touching fresh pages costs more than the fit
-// itself on a virtual machine. FinishFit hands a fit's kept list back and releases
-// the memory when it outgrew kScratchKeepBytes, so that one huge fit does not hold
-// its memory for the life of the thread.
+// of 10^6 points needs some 45 MB, and touching fresh pages costs more than the fit
+// itself on a virtual machine (three times the fit at 10^6 points when the memory
+// went back after each). FinishFit hands a fit's kept list back and releases the
+// memory when it outgrew kScratchKeepBytes, so that one huge fit (beyond some
+// 1.4 million points) does not hold its memory for the life of the thread; up to
+// that a thread keeps what its largest fit needed.
 struct SFitScratch {
   std::vector<double> dist, work, first, second;
   std::vector<uint32_t> subset, near;
   std::vector<uint8_t> in, before;
+  std::vector<CZetPoint> frame;  // a model's points in the frame its fit works in
   size_t Bytes() const;
 };
-inline constexpr size_t kScratchKeepBytes = size_t{16} << 20;
+inline constexpr size_t kScratchKeepBytes = size_t{64} << 20;
 SFitScratch& FitScratch();
 void FinishFit(SKept* kept);
 
@@ -170,6 +173,14 @@ class TTrimmer {
     m_before.assign(n, 0);
   }
 
+  // The distances of the model's current fit and their (n - k)-th smallest, when the
+  // caller measured them already: the first step takes them instead of measuring again.
+  void KnownDistances(std::vector<double>& dist, double cut) {
+    m_dist.swap(dist);
+    m_cut = cut;
+    m_fresh = m_cutKnown = true;
+  }
+
   // From the model's current fit: the steps toward k when `inSteps`, then refits on
   // the nearest n - k until that set stays. On success the model fits `kept`.
   unsigned Run(Model& model, bool inSteps, SKept* kept) {
@@ -202,7 +213,8 @@ class TTrimmer {
   // When a step fails, the trimmed fit stands.
   void Reselect(Model& model) {
     std::vector<double>& dist = m_dist;
-    Distances(model, m_points, m_n, dist);
+    if (!m_fresh) Distances(model, m_points, m_n, dist);
+    m_fresh = false;
     const double cut = kReweightCut * 1.4826 * KthSmallest(dist.data(), m_n, m_n / 2, m_work);
     if (!(cut > 0) || !std::isfinite(cut)) return;  // an exact fit, or no scale
     std::vector<uint32_t>& near = m_near;
@@ -226,11 +238,15 @@ class TTrimmer {
   // refits on them in input order, unless they are the set the fit came from. The
   // kept set is that of (distance, index) order: every point nearer than the
   // (n - t)-th distance, then the earliest of those at that distance.
+  // The distances stay in m_dist; without a refit they are still those of the
+  // model's fit, for the next step or Reselect.
   unsigned Step(Model& model, size_t t, bool* changed) {
-    Distances(model, m_points, m_n, m_dist);
     const size_t keep = m_n - t;
+    if (!m_fresh) Distances(model, m_points, m_n, m_dist);
     const double* dist = m_dist.data();
-    const double cut = KthSmallest(dist, m_n, keep - 1, m_work);
+    const double cut = m_cutKnown && t == m_k ? m_cut : KthSmallest(dist, m_n, keep - 1, m_work);
+    m_fresh = true;
+    m_cutKnown = false;
     size_t below = 0;
     for (size_t i = 0; i < m_n; ++i) below += dist[i] < cut;
     size_t ties = keep - below;
@@ -243,6 +259,7 @@ class TTrimmer {
     }
     *changed = m_in != m_before;
     if (!*changed) return CZetGeometry::kFitOk;
+    m_fresh = false;
     m_subset.clear();
     for (size_t i = 0; i < m_n; ++i)
       if (in[i]) m_subset.push_back(static_cast<uint32_t>(i));
@@ -257,22 +274,29 @@ class TTrimmer {
   std::vector<uint32_t>& m_near;
   std::vector<double>& m_dist;
   std::vector<double>& m_work;
+  double m_cut = 0;
+  bool m_fresh = false;      // m_dist holds the distances of the model's current fit
+  bool m_cutKnown = false;   // and m_cut their (n - k)-th smallest
 };
 
 // The sum of the n - k smallest squared distances from the model's fit: how well a
 // start fits the points that trimming would keep. Summed in input order: those below
-// the (n - k)-th, then that one as often as it is needed.
+// the (n - k)-th, then that one as often as it is needed. Leaves the distances in
+// `dist` and the (n - k)-th of them in *distCut (squaring keeps their order, so the
+// (n - k)-th square is the square of the (n - k)-th distance), for the first
+// trimming step.
 template <class Model>
 double TrimmedCost(const CZetPoint* points, size_t n, size_t k, const Model& model,
-                   std::vector<double>& squares, std::vector<double>& work) {
-  Distances(model, points, n, squares);
-  for (double& e : squares) e *= e;
-  const double cut = KthSmallest(squares.data(), n, n - k - 1, work);
+                   std::vector<double>& dist, std::vector<double>& work, double* distCut) {
+  Distances(model, points, n, dist);
+  *distCut = KthSmallest(dist.data(), n, n - k - 1, work);
+  const double cut = *distCut * *distCut;
   double sum = 0;
   size_t counted = 0;
   for (size_t i = 0; i < n; ++i) {
-    const bool in = squares[i] < cut;
-    sum += in ? squares[i] : 0.0;
+    const double e = dist[i] * dist[i];
+    const bool in = e < cut;
+    sum += in ? e : 0.0;
     counted += in;
   }
   return sum + static_cast<double>(n - k - counted) * cut;
@@ -298,10 +322,13 @@ unsigned TrimmedFit(const CZetPoint* points, size_t n, unsigned percent, Model& 
   }
   SFitScratch& scratch = FitScratch();
   Model robust;
+  double robustCut = 0, plainCut = 0;
+  // The robust start's distances stay in `first` for its first step.
   if (robust.RobustStart(points, n, scratch) &&
-      TrimmedCost(points, n, k, robust, scratch.dist, scratch.work) <
-          TrimmedCost(points, n, k, model, scratch.dist, scratch.work)) {
+      TrimmedCost(points, n, k, robust, scratch.first, scratch.work, &robustCut) <
+          TrimmedCost(points, n, k, model, scratch.dist, scratch.work, &plainCut)) {
     TTrimmer<Model> trimmer(points, n, k, scratch);
+    trimmer.KnownDistances(scratch.first, robustCut);
     model = robust;
     return trimmer.Run(model, false, kept);
   }

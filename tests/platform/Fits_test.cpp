@@ -209,6 +209,48 @@ TEST(Fits, GrossOutliersDoNotDecideTheTrimming) {
   EXPECT_EQ(clump, 10);
 }
 
+// Large sets go through the sampled selection and its vector pass: every fifth point
+// an outlier (a period the sample must not follow), sizes that leave each remainder
+// of the vector width (multiples of 5), and a share discarded equal to the outliers'
+// own, so that the kept set is exactly the points on the shape.
+TEST(Fits, PeriodicOutliersInLargeSets) {
+  struct SCase {
+    bool circle;
+    int n;
+  } const cases[] = {{false, 2050}, {false, 2055}, {false, 2060}, {false, 10005},
+                     {true, 2065},  {true, 4100},  {false, 100005}};
+  for (const SCase& c : cases) {
+    SCOPED_TRACE(testing::Message() << (c.circle ? "circle " : "line ") << c.n);
+    std::mt19937_64 rng(static_cast<uint64_t>(c.n));
+    std::uniform_real_distribution<> off(30, 90), small(-0.25, 0.25);
+    Pts p = c.circle ? OnCircle(400, 300, 150, c.n) : OnLine(0.4, 60, c.n, 0.01);
+    Pts outliers;
+    for (int i = 0; i < c.n; ++i) {
+      const double e = small(rng);
+      p[i].x += e * 0.5, p[i].y -= e * 0.5;  // noise well inside the outliers' gap
+      if (i % 5 == 0) {  // off the shape across it: along y, or along the radius
+        const double by = (i % 10 == 0 ? 1 : -1) * off(rng), grow = 1 + by / 150;
+        if (c.circle)
+          p[i] = CZetPoint(400 + (p[i].x - 400) * grow, 300 + (p[i].y - 300) * grow);
+        else
+          p[i].y += by;
+        outliers.push_back(p[i]);
+      }
+    }
+    const unsigned percent = 20;  // floor(n / 5) points, which are the outliers
+    ASSERT_EQ(outliers.size(), static_cast<size_t>(c.n) * percent / 100);
+    if (c.circle) {
+      const SCircle k = FitCircle(p, percent);
+      ASSERT_EQ(k.status, G::kFitOk);
+      EXPECT_EQ(k.outliers.Std(), outliers);
+    } else {
+      const SLine l = FitLine(p, percent);
+      ASSERT_EQ(l.status, G::kFitOk);
+      EXPECT_EQ(l.outliers.Std(), outliers);
+    }
+  }
+}
+
 TEST(Fits, SignedExtremesEitherSide) {
   // The fitted line is y = 0 by symmetry: the point above it (y < 0) is the minimum.
   const Pts p = {{0, 0}, {10, 0}, {5, 1}, {5, -1}, {5, 0.5}};
