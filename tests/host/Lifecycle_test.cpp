@@ -7,6 +7,7 @@
 
 #include <cstdio>
 #include <memory>
+#include <nlohmann/json.hpp>
 #include <set>
 #include <string>
 
@@ -82,9 +83,10 @@ TEST(Lifecycle, HundredCyclesWithParallelWork) {
     zet::host::CZetPluginModule module(ZET_TEST_PLUGIN);
     zet::host::CZetJsonSession session(module);
     for (int type : {9, 10}) {
+      // The path as a JSON string: a Windows one holds backslashes.
       const std::string r = session.Handle(R"({"instr": "ProcessPolarizedImage", "params": [)" +
-                                           std::to_string(type) + R"(], "inputs": [{"file": ")" +
-                                           frame + R"("}]})");
+                                           std::to_string(type) + R"(], "inputs": [{"file": )" +
+                                           nlohmann::json(frame).dump() + "}]}");
       ASSERT_EQ(r.rfind(R"({"status":0,"outputs":[{"width":100,"height":80)", 0), 0u) << r;
     }
   }
