@@ -16,15 +16,6 @@ PENDING_QUOTING_FIX = {
     "''", "''d''", "''H''", "ddd',' MMM dd ''''yy", "MMMM ''''yy", "'x''y",
 }
 
-# Differences of the Linux layer from Windows, reported for its owner and not failing
-# the comparison: situation -> why.
-KNOWN_LINUX_LAYER = {
-    "create over an existing file":
-        "the shell answers ERROR_ALREADY_EXISTS (183) for a file at the folder's path, the "
-        "Linux layer ERROR_FILE_EXISTS (80); FolderCreate shows the same text for both",
-}
-
-
 def read(path):
     rows, rand_values = {}, {}
     with open(path, "rb") as f:
@@ -54,7 +45,7 @@ def main():
     linux, linux_rand = read(sys.argv[1])
     windows, windows_rand = read(sys.argv[2])
     counts = defaultdict(lambda: [0, 0])  # kind -> [agree, total]
-    unexpected, pending, known = [], [], []
+    unexpected, pending = [], []
     for key in sorted(set(linux) | set(windows)):
         kind = key[0]
         a, b = linux.get(key), windows.get(key)
@@ -63,8 +54,6 @@ def main():
             counts[kind][0] += 1
         elif kind in ("date", "time") and key[1] in PENDING_QUOTING_FIX:
             pending.append((key, a, b))
-        elif kind == "file" and key[1] in KNOWN_LINUX_LAYER:
-            known.append((key, a, b))
         else:
             unexpected.append((key, a, b))
     agree = total = 0
@@ -78,9 +67,6 @@ def main():
         print(f"{kind:12} {a} of {t} agree")
     for key, a, b in pending:
         print(f"pending the quoting fix: {key[0]} {key[1]!r} {key[2]}: linux {a} windows {b}")
-    for key, a, b in known:
-        print(f"known difference of the Linux layer: {key[1]}: linux {a} windows {b}: "
-              f"{KNOWN_LINUX_LAYER[key[1]]}")
     for key, a, b in unexpected:
         print(f"DIFFERS: {key[0]} {key[1]!r} {key[2]}: linux {a} windows {b}")
     return 1 if unexpected else 0
