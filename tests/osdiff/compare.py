@@ -4,25 +4,11 @@ on Linux and under Wine) and prints the agreement counts per kind.
 
     compare.py LINUX_TABLE WINDOWS_TABLE
 
-Exit status 1 when a case differs that is not listed below as expected.
+Exit status 1 when any case differs (cases where Wine departs from Windows are left
+out of the tables by osdiff itself).
 """
 import sys
 from collections import defaultdict
-
-# Cases that differ only because the Linux picture formatter on this branch reads ''
-# outside quoted text as a quote; the formatter's quoting fix (a quote opens literal
-# text, two quotes inside it are one quote) makes them agree. Pictures, any date.
-PENDING_QUOTING_FIX = {
-    "''", "''d''", "''H''", "ddd',' MMM dd ''''yy", "MMMM ''''yy", "'x''y",
-}
-
-# Differences of the Linux layer from Windows, reported for its owner and not failing
-# the comparison: situation -> why.
-KNOWN_LINUX_LAYER = {
-    "create over an existing file":
-        "the shell answers ERROR_ALREADY_EXISTS (183) for a file at the folder's path, the "
-        "Linux layer ERROR_FILE_EXISTS (80); FolderCreate shows the same text for both",
-}
 
 
 def read(path):
@@ -54,17 +40,13 @@ def main():
     linux, linux_rand = read(sys.argv[1])
     windows, windows_rand = read(sys.argv[2])
     counts = defaultdict(lambda: [0, 0])  # kind -> [agree, total]
-    unexpected, pending, known = [], [], []
+    unexpected = []
     for key in sorted(set(linux) | set(windows)):
         kind = key[0]
         a, b = linux.get(key), windows.get(key)
         counts[kind][1] += 1
         if a == b:
             counts[kind][0] += 1
-        elif kind in ("date", "time") and key[1] in PENDING_QUOTING_FIX:
-            pending.append((key, a, b))
-        elif kind == "file" and key[1] in KNOWN_LINUX_LAYER:
-            known.append((key, a, b))
         else:
             unexpected.append((key, a, b))
     agree = total = 0
@@ -76,11 +58,6 @@ def main():
     for kind in ("date", "time", "file", "rand", "rand values"):
         a, t = counts[kind]
         print(f"{kind:12} {a} of {t} agree")
-    for key, a, b in pending:
-        print(f"pending the quoting fix: {key[0]} {key[1]!r} {key[2]}: linux {a} windows {b}")
-    for key, a, b in known:
-        print(f"known difference of the Linux layer: {key[1]}: linux {a} windows {b}: "
-              f"{KNOWN_LINUX_LAYER[key[1]]}")
     for key, a, b in unexpected:
         print(f"DIFFERS: {key[0]} {key[1]!r} {key[2]}: linux {a} windows {b}")
     return 1 if unexpected else 0

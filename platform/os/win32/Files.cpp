@@ -31,12 +31,53 @@ int CZetOs::CreateFolder(const char* path) {
   return code;
 }
 
+namespace {
+
+bool IsSeparator(char c) { return c == '/' || c == '\\'; }
+
+// Names the recursive delete refuses before the shell sees them, as the Linux layer
+// does: the shell would take a pattern ("*", "?") as every name it matches, and a root,
+// the working folder (".") or a ".." anywhere as the folder above, all deleted for good.
+// A name ending in a separator names a folder only.
+DWORD RefusedForDelete(const std::string& p) {
+  if (p.find_first_of("*?") != std::string::npos) return ERROR_ACCESS_DENIED;
+  // Read as text (no std::filesystem: its conversion of Windows-1252 bytes may throw).
+  size_t from = p.size() >= 2 && p[1] == ':' ? 2 : 0;  // past a drive
+  const bool unc = from == 0 && p.size() >= 2 && IsSeparator(p[0]) && IsSeparator(p[1]);
+  int skip = unc ? 2 : 0;  // a share's server and share name are its root
+  bool named = false;
+  for (size_t i = from; i <= p.size(); ++i) {
+    if (i < p.size() && !IsSeparator(p[i])) continue;
+    const std::string part = p.substr(from, i - from);
+    from = i + 1;
+    if (part.empty()) continue;
+    if (part == "..") return ERROR_ACCESS_DENIED;
+    if (skip > 0) {
+      --skip;
+      continue;
+    }
+    named = named || part != ".";
+  }
+  if (!named) return ERROR_ACCESS_DENIED;
+  if (IsSeparator(p.back())) {
+    const DWORD a = GetFileAttributesA(p.c_str());
+    if (a == INVALID_FILE_ATTRIBUTES || !(a & FILE_ATTRIBUTE_DIRECTORY)) return ERROR_PATH_NOT_FOUND;
+  }
+  return ERROR_SUCCESS;
+}
+
+}  // namespace
+
 // The shell's delete: the path as a list of one (ended by two zero bytes), no
 // confirmation, no progress, no error dialog, no recycle bin.
 bool CZetOs::DeleteTree(const char* path) {
   const std::string p = path ? path : "";
   if (p.size() > kMaxPath - 1) {
     ::SetLastError(ERROR_FILENAME_EXCED_RANGE);
+    return false;
+  }
+  if (const DWORD refused = p.empty() ? ERROR_PATH_NOT_FOUND : RefusedForDelete(p)) {
+    ::SetLastError(refused);
     return false;
   }
   std::vector<char> list(p.begin(), p.end());

@@ -8,11 +8,36 @@
 #include "Harness.h"
 #include "system/Options.h"
 #include "TempDir.h"
+#include "zet/ZetOs.h"
 
 namespace zet::test {
 namespace {
 
 namespace fs = std::filesystem;
+using E = CZetOsError;
+
+// The system's text for a failure. The Linux layer shows the text of the errno behind
+// the code, pinned here as it reads; Windows shows its own message for the code itself.
+std::string SysText([[maybe_unused]] const char* linuxText, [[maybe_unused]] int code) {
+#if defined(_WIN32)
+  return CZetOsError::GetErrorMsg(code);
+#else
+  return linuxText;
+#endif
+}
+
+// Wine, unlike Windows, applies no MAX_PATH limit to the ANSI calls: a folder of more
+// than 259 characters is created there, so that case is left out under Wine.
+bool UnderWine() {
+#if defined(_WIN32)
+  return GetProcAddress(GetModuleHandleA("ntdll.dll"), "wine_get_version") != nullptr;
+#else
+  return false;
+#endif
+}
+
+// The name with the system's own separators ("a/b" is "a\\b" on Windows).
+std::string Native(const std::string& name) { return fs::path(name).make_preferred().string(); }
 
 class SystemFiles : public testing::Test {
  protected:
@@ -39,8 +64,9 @@ TEST_F(SystemFiles, ResultsAndMessages) {
       {"FileExists", {V(folder)}, false, ""},
       {"FileDelete ", {V(missing)}, true, ""},
       {"FileDelete ", {V(lost)}, false,
-       "Failed to delete \"" + lost + "\". No such file or directory"},
-      {"FileDelete ", {V(folder)}, false, "Failed to delete \"" + folder + "\". Is a directory"},
+       "Failed to delete \"" + lost + "\". " + SysText("No such file or directory", E::kPathNotFound)},
+      {"FileDelete ", {V(folder)}, false,
+       "Failed to delete \"" + folder + "\". " + SysText("Is a directory", E::kAccessDenied)},
       {"FolderCreate ", {V(folder)}, false,
        "Failed to create folder \"" + folder + "\". The directory exists."},
       {"FolderCreate ", {V(file)}, false,
@@ -57,16 +83,20 @@ TEST_F(SystemFiles, ResultsAndMessages) {
       {"FolderDelete ", {V(long258)}, false, "Failed to delete folder \"" + long258 + "\""},
       {"FolderDelete ", {V(missing)}, false, "Failed to delete folder \"" + missing + "\""},
       {"FileCopy ", {V(file), V(inner), V(true)}, false,
-       "Failed to copy \"" + file + "\" to \"" + inner + "\". File exists"},
+       "Failed to copy \"" + file + "\" to \"" + inner + "\". " + SysText("File exists", E::kFileExists)},
       {"FileCopy ", {V(folder), V(missing), V(false)}, false,
-       "Failed to copy \"" + folder + "\" to \"" + missing + "\". Is a directory"},
+       "Failed to copy \"" + folder + "\" to \"" + missing + "\". " +
+           SysText("Is a directory", E::kAccessDenied)},
       {"FileMove ", {V(missing), V(file)}, false,
-       "Failed to move \"" + missing + "\" to \"" + file + "\". No such file or directory"},
+       "Failed to move \"" + missing + "\" to \"" + file + "\". " +
+           SysText("No such file or directory", E::kFileNotFound)},
       {"FileMove ", {V(file), V(inner)}, false,
-       "Failed to move \"" + file + "\" to \"" + inner + "\". File exists"},
+       "Failed to move \"" + file + "\" to \"" + inner + "\". " +
+           SysText("File exists", E::kAlreadyExists)},
   };
   for (const auto& c : cases) {
     SCOPED_TRACE(std::string(c.instr) + " " + c.inputs[0].AsString().substr(0, 80));
+    if (c.inputs[0].AsString() == tooLong && UnderWine()) continue;
     const CRun r = Exec(c.instr, c.inputs);
     EXPECT_EQ(r.status, kOk);
     EXPECT_EQ(r.Out(0).AsBool(), c.result);
@@ -84,7 +114,9 @@ TEST_F(SystemFiles, ResultsAndMessages) {
 }
 
 TEST_F(SystemFiles, RoundTrip) {
-  const std::string sub = dir / "a/b", copy = dir / "a/b/copy", moved = dir / "a/moved";
+  // The shell's folder creation takes the system's separators only.
+  const std::string sub = dir / Native("a/b"), copy = dir / Native("a/b/copy"),
+                    moved = dir / Native("a/moved");
   const struct {
     const char* instr;
     std::vector<CZetObject> inputs;
