@@ -7,14 +7,14 @@
 //   definition's double operation rounded to single is the same number: double has
 //   more than twice the bits), then truncate the product by 255 or 127 exactly in
 //   single precision (TruncTimesPow2Minus1).
-// - AoP takes its byte from a table over (S1, S2) built from the exact angle
-//   (PolarTables.h); the few entries within a hair of a truncation boundary are
-//   marked, and their blocks are recomputed by the definition.
-// - Type 9 looks its colour up in a table over (S1, S2) of the AoP byte's colour at
-//   full saturation and value; type 10 looks the AoP byte up, then computes the
-//   colour of (hue, 255, value) in the definition's single-precision operations
-//   (PolarHsv-inl.h).
-// Every kernel ends with a scalar tail over the last columns, using the definition.
+// - AoP computes the angle in single precision, close enough to the exact one that
+//   its truncation is the definition's wherever the value is not within a hair of an
+//   integer; those few blocks are recomputed by the definition (Hue below).
+// - Types 9 and 10 compute the AoP byte so, then the colour of (hue, 255, value) in
+//   the definition's single-precision operations (PolarHsv-inl.h).
+// The rows of 32-bit lanes end with a vector over their last columns, overlapping the
+// one before; rows shorter than a vector take the definition, as do the last columns
+// of the 16-bit rows (channels, S0), which cost little.
 // The exhaustive test checks every reachable (S1, S2, sum).
 #undef HWY_TARGET_INCLUDE
 #define HWY_TARGET_INCLUDE "image/PolarKernels.cpp"
@@ -24,7 +24,6 @@
 
 #include "image/PolarHsv-inl.h"
 #include "image/PolarKernels.h"
-#include "image/PolarTables.h"
 
 HWY_BEFORE_NAMESPACE();
 namespace zet::polar {
@@ -35,8 +34,8 @@ namespace hn = hwy::HWY_NAMESPACE;
 
 // Without vectors the definition is the kernel.
 void RowImpl(int type, const uint8_t* row0, const uint8_t* row1, uint8_t* dst, int cols,
-             const SRowArgs* args) {
-  ScalarRow(type, row0, row1, dst, cols, args->dolpFactor);
+             float k) {
+  ScalarRow(type, row0, row1, dst, cols, k);
   if (IsColourType(type))
     for (int c = 0; c < cols; ++c) HsvToRgbPixel(dst + 4 * c);
 }
@@ -105,6 +104,22 @@ HWY_INLINE V32 TruncTimesPow2Minus1(VF q) {
   return LowByteOfIntegral(hn::Sub(whole, hn::IfThenElseZero(below, hn::Set(df, 1.0f))));
 }
 
+// trunc(q * (2^j - 1)), exactly, as TruncTimesPow2Minus1. Where fused multiply-add is
+// native the rounded product's floor is at most one too high, and the exact residual
+// q * m - floor tells when: its sign survives the one rounding.
+template <int kPow2>
+HWY_INLINE V32 TruncTimesLow(VF q) {
+#if HWY_NATIVE_FMA
+  const DF df;
+  const VF m = hn::Set(df, static_cast<float>(kPow2 - 1));
+  const VF whole = hn::Floor(hn::Mul(q, m));
+  const auto over = hn::Lt(hn::MulSub(q, m, whole), hn::Zero(df));
+  return LowByteOfIntegral(hn::Sub(whole, hn::IfThenElseZero(over, hn::Set(df, 1.0f))));
+#else
+  return TruncTimesPow2Minus1<kPow2>(q);
+#endif
+}
+
 // The S0h divisor: S0h, or 1 when it is 0.
 HWY_INLINE VF Divisor(V32 sum) {
   return hn::ConvertTo(DF(), hn::Max(hn::ShiftRight<1>(sum), hn::Set(D32(), 1)));
@@ -114,51 +129,89 @@ HWY_INLINE V32 Dolp(const SBlocks& b, float k) {
   const DF df;
   const VF f1 = hn::ConvertTo(df, b.s1), f2 = hn::ConvertTo(df, b.s2);
   // S1^2 + S2^2 <= 130050 is exact in single precision.
-  const VF m = hn::Sqrt(hn::Add(hn::Mul(f1, f1), hn::Mul(f2, f2)));
+  const VF m = hn::Sqrt(hn::MulAdd(f1, f1, hn::Mul(f2, f2)));
   const VF r = hn::Div(m, Divisor(b.sum));
   // k is 127 (= 2^7 - 1) wherever single precision is IEEE; any other value takes the
   // general product in double.
-  return k == 127.0f ? TruncTimesPow2Minus1<128>(r) : TruncTimes(r, static_cast<double>(k));
+  return k == 127.0f ? TruncTimesLow<128>(r) : TruncTimes(r, static_cast<double>(k));
 }
 
 HWY_INLINE V32 StokesRatio(V32 s, V32 sum) {
   const DF df;
   const VF q = hn::Div(hn::ConvertTo(df, hn::Add(s, hn::Set(D32(), 255))), Divisor(sum));
-  return TruncTimesPow2Minus1<256>(q);
+  return TruncTimesLow<256>(q);
 }
 
-// The index of each block's (S1, S2) entry in the pair tables.
-HWY_INLINE V32 PairIndex(const SBlocks& b) {
-  const D32 d;
-  const V32 bias = hn::Set(d, (255 << kPairShift) + 255);
-  return hn::Add(hn::ShiftLeft<kPairShift>(b.s1), hn::Add(b.s2, bias));
-}
-
-// Lanes of `got` where `redo` is set are replaced by fix(s1, s2, s0h) of the block.
-template <class Fix>
-HWY_NOINLINE V32 Redo(V32 got, hn::Mask<D32> redo, const SBlocks& b, Fix fix) {
+// Lanes of `hue` where `redo` is set take the definition's AoP byte of their block,
+// the block of column c + lane. (The blocks are read again from the rows, so that the
+// common path keeps its derived integers in registers.)
+HWY_NOINLINE V32 RedoHue(V32 hue, hn::Mask<D32> redo, const uint8_t* row0, const uint8_t* row1,
+                         int c) {
   const D32 d;
   constexpr size_t kMax = HWY_MAX_BYTES / sizeof(int32_t);
-  alignas(HWY_MAX_BYTES) int32_t h[kMax], s1[kMax], s2[kMax], sum[kMax], again[kMax];
-  hn::Store(got, d, h);
-  hn::Store(b.s1, d, s1);
-  hn::Store(b.s2, d, s2);
-  hn::Store(b.sum, d, sum);
+  alignas(HWY_MAX_BYTES) int32_t h[kMax], again[kMax];
+  hn::Store(hue, d, h);
   hn::Store(hn::VecFromMask(d, redo), d, again);
-  for (size_t i = 0; i < hn::Lanes(d); ++i)
-    if (again[i]) h[i] = fix(s1[i], s2[i], sum[i] / 2);
+  for (size_t i = 0; i < hn::Lanes(d); ++i) {
+    if (!again[i]) continue;
+    const uint8_t* a = row0 + 2 * (c + i);
+    const uint8_t* b = row1 + 2 * (c + i);  // a: P90, P45; b: P135, P0
+    h[i] = AopPixel(b[1] - a[0], a[1] - b[0], (a[0] + a[1] + b[0] + b[1]) / 2);
+  }
   return hn::Load(d, h);
 }
 
-// The AoP byte of each block, from the table of (S1, S2); a block whose entry is
-// the marker is recomputed by the definition.
-HWY_INLINE V32 Hue(const uint8_t* table, const SBlocks& b) {
+// The AoP byte of each block, computed: v = 127.5 + 255 / (2 pi) * atan2(S2, S1) in
+// single precision, to within 3e-5 of the exact angle's v, which the definition's
+// roundings move by less than 1e-5 before they truncate it. Blocks whose v lies within
+// kAopMargin (1.2e-4) of an integer are recomputed by the definition; elsewhere
+// trunc(v) is the definition's byte.
+//
+// - The octant's angle atan(lo / hi), lo = min(|S1|, |S2|), hi = max(...), is pi/8 plus
+//   the angle of t = (lo - c hi) / (hi + c lo), c = tan(pi/8): one division, and t lies
+//   in [-tan(pi/8), tan(pi/8)] where a degree-9 odd polynomial has an error below 2e-7
+//   radians. The factor to bytes is folded into its coefficients.
+// - The octant's reflections are exact sums of bytes (31.875, 63.75, 127.5).
+// - trunc(v) = round(v - 0.5) away from integers: adding 1.5 * 2^23 + 127 to the signed
+//   half-turn rounds it into the low mantissa bits, whose low byte is the result; the
+//   difference from the rounded value is how far v lies from an integer.
+// - S2 = 0 is exact in the definition (atan2 gives 0 or single(pi) whatever S0h is): the
+//   sum gives 127 for S1 >= 0 exactly; S1 < 0 lies on the boundary 255 and is set.
+// Returns the bytes in the low 8 bits of each lane (the bits above are not cleared).
+constexpr double kBytesPerRadian = 127.5 / kPi;
+constexpr float kTanEighth = 0.41421356f;  // tan(pi/8) + 5.6e-9
+// atan(kTanEighth) in bytes: 15.9375 (pi/8) + 1.9e-7, which the error budget takes.
+constexpr float kAtanTanEighth = 15.9375f;
+constexpr float k(double coefficient) { return static_cast<float>(coefficient * kBytesPerRadian); }
+
+HWY_INLINE V32 Hue(const SBlocks& b, const uint8_t* row0, const uint8_t* row1, int c) {
   const D32 d;
-  const V32 hue = hn::And(hn::GatherOffset(d, reinterpret_cast<const int32_t*>(table), PairIndex(b)),
-                          hn::Set(d, 0xFF));
-  const auto redo = hn::AndNot(hn::Eq(b.s2, hn::Zero(d)), hn::Eq(hue, hn::Set(d, kAopRecompute)));
+  const DF df;
+  const VF x = hn::ConvertTo(df, b.s1), y = hn::ConvertTo(df, b.s2);
+  const VF ax = hn::Abs(x), ay = hn::Abs(y);
+  const VF lo = hn::Min(ax, ay), hi = hn::Max(hn::Max(ax, ay), hn::Set(df, 1.0f));
+  // atan(lo / hi) = atan(c) + atan((lo - c hi) / (hi + c lo)) for c = tan(pi/8): the
+  // second argument lies in [-tan(pi/8), tan(pi/8)] for every octant tangent.
+  const VF eighth = hn::Set(df, kTanEighth);
+  const VF t = hn::Div(hn::NegMulAdd(eighth, hi, lo), hn::MulAdd(eighth, lo, hi));
+  const VF z = hn::Mul(t, t);
+  VF p = hn::MulAdd(hn::Set(df, k(8.05374449538e-2)), z, hn::Set(df, k(-1.38776856032e-1)));
+  p = hn::MulAdd(p, z, hn::Set(df, k(1.99777106478e-1)));
+  p = hn::MulAdd(p, z, hn::Set(df, k(-3.33329491539e-1)));
+  p = hn::MulAdd(p, z, hn::Set(df, k(1.0)));
+  VF a = hn::MulAdd(t, p, hn::Set(df, kAtanTanEighth));  // the octant's angle in bytes
+  a = hn::IfThenElse(hn::Gt(ay, ax), hn::Sub(hn::Set(df, 63.75f), a), a);
+  a = hn::IfThenElse(hn::Lt(x, hn::Zero(df)), hn::Sub(hn::Set(df, 127.5f), a), a);
+  const VF half = hn::CopySignToAbs(a, y);  // v - 127.5
+  const VF bias = hn::Set(df, 12583039.0f);  // 1.5 * 2^23 + 127
+  const VF q = hn::Add(half, bias);
+  const VF off = hn::Sub(half, hn::Sub(q, bias));  // v - 0.5 - round(v - 0.5), exact
+  const auto west = hn::And(hn::Eq(y, hn::Zero(df)), hn::Lt(x, hn::Zero(df)));
+  const V32 hue = hn::IfThenElse(hn::RebindMask(d, west), hn::Set(d, 255), hn::BitCast(d, q));
+  const auto near = hn::Gt(hn::Abs(off), hn::Set(df, 0.5f - kAopMargin));
+  const auto redo = hn::RebindMask(d, hn::AndNot(west, near));
   if (HWY_LIKELY(hn::AllFalse(d, redo))) return hue;
-  return Redo(hue, redo, b, [](int s1, int s2, int s0h) { return AopPixel(s1, s2, s0h); });
+  return RedoHue(hue, redo, row0, row1, c);
 }
 
 // One channel pixel per block: the left pixel of `row`.
@@ -193,52 +246,47 @@ void StokesS0Row(const uint8_t* row0, const uint8_t* row1, uint8_t* dst, int col
   if (c < cols) ScalarRow(kTypeS0, row0 + 2 * c, row1 + 2 * c, dst + c, cols - c, 0.0f);
 }
 
-// The loop over one row of a type computed on 32-bit lanes: `lanes(blocks)` gives
-// the output bytes; the definition finishes the last columns.
+// The loop over one row of a type computed on 32-bit lanes: `lanes(blocks, c)` gives
+// the output bytes. A row of at least one vector ends with a vector over its last
+// columns, overlapping the one before (it writes the same bytes again); a shorter row
+// takes the definition.
 template <class Lanes>
 HWY_INLINE void BlockRow(int type, const uint8_t* row0, const uint8_t* row1, uint8_t* dst,
                          int cols, float k, Lanes lanes) {
   const int n = static_cast<int>(hn::Lanes(D32()));
-  int c = 0;
-  for (; c + n <= cols; c += n) StoreLow8(lanes(LoadBlocks(row0, row1, c)), dst + c);
-  if (c < cols) ScalarRow(type, row0 + 2 * c, row1 + 2 * c, dst + c, cols - c, k);
+  if (cols < n) return ScalarRow(type, row0, row1, dst, cols, k);
+  for (int c = 0;; c += n) {
+    if (c > cols - n) c = cols - n;
+    StoreLow8(lanes(LoadBlocks(row0, row1, c), c), dst + c);
+    if (c == cols - n) break;
+  }
 }
 
-// Types 9 and 10: the AoP byte as hue at full saturation, and the fourth byte 0.
-// Type 9's colour (value 255) comes straight from the table over (S1, S2); type
-// 10's is computed from (hue, 255, value).
-void ColourRow(int type, const uint8_t* row0, const uint8_t* row1, uint8_t* dst, int cols,
-               const SRowArgs& args) {
+// Types 9 and 10: the AoP byte as hue at full saturation, value 255 (type 9) or the
+// mean intensity (type 10: trunc(S0h / 2) = sum / 4), and the fourth byte 0. The
+// colour is computed, not looked up: gathers from tables of (S1, S2) or of (hue,
+// value) cost more. Rows end as in BlockRow.
+void ColourRow(int type, const uint8_t* row0, const uint8_t* row1, uint8_t* dst, int cols) {
   const D32 d;
   const int n = static_cast<int>(hn::Lanes(d));
-  int c = 0;
-  for (; c + n <= cols; c += n) {
-    const SBlocks b = LoadBlocks(row0, row1, c);
-    V32 rgb;
-    if (type == kTypeHue) {
-      rgb = hn::GatherIndex(d, args.hueColour, PairIndex(b));
-      const auto redo = hn::Lt(rgb, hn::Zero(d));  // the marker
-      if (HWY_UNLIKELY(!hn::AllFalse(d, redo)))
-        rgb = Redo(rgb, redo, b, [&args](int s1, int s2, int s0h) {
-          return args.hueRgb[255 << 8 | AopPixel(s1, s2, s0h)];
-        });
-    } else {
-      // The value is trunc(S0h / 2) = sum / 4; the colour computed, not looked up:
-      // a gather from the 256 KB table of (hue, value) costs more.
-      rgb = HsvToRgbLanes(d, Hue(args.aop, b), hn::Set(d, 255), hn::ShiftRight<2>(b.sum));
-    }
-    hn::StoreU(rgb, d, reinterpret_cast<int32_t*>(dst + 4 * c));
+  if (cols < n) {
+    ScalarRow(type, row0, row1, dst, cols, 0.0f);
+    for (int c = 0; c < cols; ++c) HsvToRgbPixel(dst + 4 * c);
+    return;
   }
-  if (c < cols) {
-    ScalarRow(type, row0 + 2 * c, row1 + 2 * c, dst + 4 * c, cols - c, 0.0f);
-    for (; c < cols; ++c) HsvToRgbPixel(dst + 4 * c);
+  for (int c = 0;; c += n) {
+    if (c > cols - n) c = cols - n;
+    const SBlocks b = LoadBlocks(row0, row1, c);
+    const V32 hue = hn::And(Hue(b, row0, row1, c), hn::Set(d, 0xFF));
+    const V32 val = type == kTypeHue ? hn::Set(d, 255) : hn::ShiftRight<2>(b.sum);
+    const V32 rgb = HsvToRgbLanes<true>(d, hue, hn::Set(d, 255), val);
+    hn::StoreU(rgb, d, reinterpret_cast<int32_t*>(dst + 4 * c));
+    if (c == cols - n) break;
   }
 }
 
 void RowImpl(int type, const uint8_t* row0, const uint8_t* row1, uint8_t* dst, int cols,
-             const SRowArgs* args) {
-  const SRowArgs& a = *args;
-  const float k = a.dolpFactor;
+             float k) {
   switch (type) {
     case kTypeI0:
     case kTypeI135: ChannelRow(row1, dst, cols); break;
@@ -246,21 +294,21 @@ void RowImpl(int type, const uint8_t* row0, const uint8_t* row1, uint8_t* dst, i
     case kTypeI90: ChannelRow(row0, dst, cols); break;
     case kTypeS0: StokesS0Row(row0, row1, dst, cols); break;
     case kTypeDolp:
-      BlockRow(type, row0, row1, dst, cols, k, [k](const SBlocks& b) { return Dolp(b, k); });
+      BlockRow(type, row0, row1, dst, cols, k, [k](const SBlocks& b, int) { return Dolp(b, k); });
       break;
     case kTypeAop:
-      BlockRow(type, row0, row1, dst, cols, k, [&a](const SBlocks& b) { return Hue(a.aop, b); });
+      BlockRow(type, row0, row1, dst, cols, k, [=](const SBlocks& b, int c) { return Hue(b, row0, row1, c); });
       break;
     case kTypeS1:
       BlockRow(type, row0, row1, dst, cols, k,
-               [](const SBlocks& b) { return StokesRatio(b.s1, b.sum); });
+               [](const SBlocks& b, int) { return StokesRatio(b.s1, b.sum); });
       break;
     case kTypeS2:
       BlockRow(type, row0, row1, dst, cols, k,
-               [](const SBlocks& b) { return StokesRatio(b.s2, b.sum); });
+               [](const SBlocks& b, int) { return StokesRatio(b.s2, b.sum); });
       break;
     case kTypeHue:
-    case kTypeHueValue: ColourRow(type, row0, row1, dst, cols, a); break;
+    case kTypeHueValue: ColourRow(type, row0, row1, dst, cols); break;
     default: break;
   }
 }
@@ -278,15 +326,11 @@ HWY_EXPORT(RowImpl);
 
 void FastProcess(int type, const SPolarFrame& f) {
   if (type < kTypeI0 || type > kTypeHueValue) return;
-  SRowArgs args;
-  if (type == kTypeDolp) args.dolpFactor = DolpFactor();
-  if (type == kTypeAop || type == kTypeHueValue) args.aop = AopTable();
-  if (type == kTypeHue) args.hueRgb = HueRgbTable();
-  if (type == kTypeHue) args.hueColour = HueColourTable();
+  const float k = type == kTypeDolp ? DolpFactor() : 0.0f;
   auto row = [&](int r) {
     HWY_DYNAMIC_DISPATCH(RowImpl)(type, f.src + 2 * r * f.srcPitch,
                                   f.src + (2 * r + 1) * f.srcPitch, f.dst + r * f.dstPitch,
-                                  f.cols, &args);
+                                  f.cols, k);
   };
   if (IsColourType(type)) {
     // Hue and colour in one pass; rows in parallel as the HSV-to-RGB step runs them.

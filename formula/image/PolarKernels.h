@@ -84,6 +84,10 @@ void ScalarProcess(int type, const SPolarFrame& frame);
 
 // ---- The vector kernels (same bytes as the definition) ----
 
+// The AoP kernels compute the angle in single precision; a block whose byte value lies
+// within this distance of an integer takes the definition instead.
+inline constexpr float kAopMargin = 1.0f / 8192;
+
 // The whole pixel step; types 9 and 10 compute hue and colour in one pass per row.
 void FastProcess(int type, const SPolarFrame& frame);
 
