@@ -66,9 +66,14 @@ HWY_INLINE SBlocks LoadBlocks(const uint8_t* row0, const uint8_t* row1, int c) {
 
 // Stores the low byte of each lane (the results wrap, they are not clamped).
 HWY_INLINE void StoreLow8(V32 v, uint8_t* dst) {
+#if HWY_TARGET <= HWY_AVX3
+  // One narrowing move (Highway 1.0's TruncateTo takes two shuffles here).
+  _mm_storeu_si128(reinterpret_cast<__m128i*>(dst), _mm512_cvtepi32_epi8(v.raw));
+#else
   const hn::Rebind<uint32_t, D32> du;
   const hn::Rebind<uint8_t, D32> d8;
   hn::StoreU(hn::TruncateTo(d8, hn::BitCast(du, v)), d8, dst);
+#endif
 }
 
 // trunc(double(q) * c) per lane, for c a single-precision value: the product of two
