@@ -167,7 +167,7 @@ HWY_NOINLINE V32 RedoHue(V32 hue, hn::Mask<D32> redo, const uint8_t* row0, const
 }
 
 // The AoP byte of each block, computed: v = 127.5 + 255 / (2 pi) * atan2(S2, S1) in
-// single precision, to within 3e-5 of the exact angle's v, which the definition's
+// single precision, to within 5e-5 of the exact angle's v, which the definition's
 // roundings move by less than 1e-5 before they truncate it. Blocks whose v lies within
 // kAopMargin (1.2e-4) of an integer are recomputed by the definition; elsewhere
 // trunc(v) is the definition's byte.
@@ -176,17 +176,23 @@ HWY_NOINLINE V32 RedoHue(V32 hue, hn::Mask<D32> redo, const uint8_t* row0, const
 //   the angle of t = (lo - c hi) / (hi + c lo), c = tan(pi/8): one division, and t lies
 //   in [-tan(pi/8), tan(pi/8)] where a degree-9 odd polynomial has an error below 2e-7
 //   radians. The factor to bytes is folded into its coefficients.
-// - The octant's reflections are exact sums of bytes (31.875, 63.75, 127.5).
+// - The octant's reflections subtract from 63.75 and 127.5 bytes.
+// - The budget, in bytes: polynomial 8e-6, division and the rotation's fused sums 2e-6,
+//   the polynomial's roundings 4e-6, the reflections' 1.2e-5, kWest 1.5e-5: 4.1e-5.
 // - trunc(v) = round(v - 0.5) away from integers: adding 1.5 * 2^23 + 127 to the signed
 //   half-turn rounds it into the low mantissa bits, whose low byte is the result; the
 //   difference from the rounded value is how far v lies from an integer.
-// - S2 = 0 is exact in the definition (atan2 gives 0 or single(pi) whatever S0h is): the
-//   sum gives 127 for S1 >= 0 exactly; S1 < 0 lies on the boundary 255 and is set.
+// - S2 = 0 is exact in the definition (atan2 gives 0 or single(pi) whatever S0h is), and
+//   so here: 127 for S1 >= 0, 255 for S1 < 0 (see kWest); those blocks are never redone.
 // Returns the bytes in the low 8 bits of each lane (the bits above are not cleared).
 constexpr double kBytesPerRadian = 127.5 / kPi;
 constexpr float kTanEighth = 0.41421356f;  // tan(pi/8) + 5.6e-9
 // atan(kTanEighth) in bytes: 15.9375 (pi/8) + 1.9e-7, which the error budget takes.
 constexpr float kAtanTanEighth = 15.9375f;
+// The half-turn for S1 < 0, 2^-16 over 127.5: S2 = 0 there (the angle single(pi), the
+// byte 255) then rounds up to 255 where 127.5 would tie to the even 254; elsewhere the
+// error budget takes the 1.5e-5.
+constexpr float kWest = 127.5f + 1.0f / 65536;
 constexpr float k(double coefficient) { return static_cast<float>(coefficient * kBytesPerRadian); }
 
 HWY_INLINE V32 Hue(const SBlocks& b, const uint8_t* row0, const uint8_t* row1, int c) {
@@ -206,15 +212,14 @@ HWY_INLINE V32 Hue(const SBlocks& b, const uint8_t* row0, const uint8_t* row1, i
   p = hn::MulAdd(p, z, hn::Set(df, k(1.0)));
   VF a = hn::MulAdd(t, p, hn::Set(df, kAtanTanEighth));  // the octant's angle in bytes
   a = hn::IfThenElse(hn::Gt(ay, ax), hn::Sub(hn::Set(df, 63.75f), a), a);
-  a = hn::IfThenElse(hn::Lt(x, hn::Zero(df)), hn::Sub(hn::Set(df, 127.5f), a), a);
+  a = hn::IfThenElse(hn::Lt(x, hn::Zero(df)), hn::Sub(hn::Set(df, kWest), a), a);
   const VF half = hn::CopySignToAbs(a, y);  // v - 127.5
   const VF bias = hn::Set(df, 12583039.0f);  // 1.5 * 2^23 + 127
   const VF q = hn::Add(half, bias);
   const VF off = hn::Sub(half, hn::Sub(q, bias));  // v - 0.5 - round(v - 0.5), exact
-  const auto west = hn::And(hn::Eq(y, hn::Zero(df)), hn::Lt(x, hn::Zero(df)));
-  const V32 hue = hn::IfThenElse(hn::RebindMask(d, west), hn::Set(d, 255), hn::BitCast(d, q));
   const auto near = hn::Gt(hn::Abs(off), hn::Set(df, 0.5f - kAopMargin));
-  const auto redo = hn::RebindMask(d, hn::AndNot(west, near));
+  const auto redo = hn::RebindMask(d, hn::AndNot(hn::Eq(y, hn::Zero(df)), near));
+  const V32 hue = hn::BitCast(d, q);
   if (HWY_LIKELY(hn::AllFalse(d, redo))) return hue;
   return RedoHue(hue, redo, row0, row1, c);
 }
