@@ -198,9 +198,9 @@ constexpr float k(double coefficient) { return static_cast<float>(coefficient * 
 HWY_INLINE V32 Hue(const SBlocks& b, const uint8_t* row0, const uint8_t* row1, int c) {
   const D32 d;
   const DF df;
-  const VF x = hn::ConvertTo(df, b.s1), y = hn::ConvertTo(df, b.s2);
-  const VF ax = hn::Abs(x), ay = hn::Abs(y);
-  const VF lo = hn::Min(ax, ay), hi = hn::Max(hn::Max(ax, ay), hn::Set(df, 1.0f));
+  const V32 ax = hn::Abs(b.s1), ay = hn::Abs(b.s2);
+  const VF lo = hn::ConvertTo(df, hn::Min(ax, ay));
+  const VF hi = hn::ConvertTo(df, hn::Max(hn::Max(ax, ay), hn::Set(d, 1)));
   // atan(lo / hi) = atan(c) + atan((lo - c hi) / (hi + c lo)) for c = tan(pi/8): the
   // second argument lies in [-tan(pi/8), tan(pi/8)] for every octant tangent.
   const VF eighth = hn::Set(df, kTanEighth);
@@ -211,14 +211,14 @@ HWY_INLINE V32 Hue(const SBlocks& b, const uint8_t* row0, const uint8_t* row1, i
   p = hn::MulAdd(p, z, hn::Set(df, k(-3.33329491539e-1)));
   p = hn::MulAdd(p, z, hn::Set(df, k(1.0)));
   VF a = hn::MulAdd(t, p, hn::Set(df, kAtanTanEighth));  // the octant's angle in bytes
-  a = hn::IfThenElse(hn::Gt(ay, ax), hn::Sub(hn::Set(df, 63.75f), a), a);
-  a = hn::IfThenElse(hn::Lt(x, hn::Zero(df)), hn::Sub(hn::Set(df, kWest), a), a);
-  const VF half = hn::CopySignToAbs(a, y);  // v - 127.5
+  a = hn::IfThenElse(hn::RebindMask(df, hn::Gt(ay, ax)), hn::Sub(hn::Set(df, 63.75f), a), a);
+  a = hn::IfThenElse(hn::RebindMask(df, hn::Lt(b.s1, hn::Zero(d))), hn::Sub(hn::Set(df, kWest), a), a);
+  const VF half = hn::CopySignToAbs(a, hn::BitCast(df, b.s2));  // v - 127.5
   const VF bias = hn::Set(df, 12583039.0f);  // 1.5 * 2^23 + 127
   const VF q = hn::Add(half, bias);
   const VF off = hn::Sub(half, hn::Sub(q, bias));  // v - 0.5 - round(v - 0.5), exact
   const auto near = hn::Gt(hn::Abs(off), hn::Set(df, 0.5f - kAopMargin));
-  const auto redo = hn::RebindMask(d, hn::AndNot(hn::Eq(y, hn::Zero(df)), near));
+  const auto redo = hn::AndNot(hn::Eq(b.s2, hn::Zero(d)), hn::RebindMask(d, near));
   const V32 hue = hn::BitCast(d, q);
   if (HWY_LIKELY(hn::AllFalse(d, redo))) return hue;
   return RedoHue(hue, redo, row0, row1, c);
