@@ -37,13 +37,10 @@ struct SCircleModel {
   double cx = 0, cy = 0, r = 0;
   bool fitted = false;  // cx, cy, r hold a circle
 
-  double Distance(const CZetPoint& p) const { return std::fabs(Length(p.x - cx, p.y - cy) - r); }
-
-  // sqrt(dx² + dy²), or where the squares overflow (lengths beyond 1e154) the same
-  // length without them.
-  static double Length(double dx, double dy) {
-    const double s = dx * dx + dy * dy;
-    return std::isfinite(s) ? std::sqrt(s) : std::hypot(dx, dy);
+  double Distance(const CZetPoint& p) const { return CircleDistance(p.x, p.y, cx, cy, r); }
+  void Distances(const CZetPoint* points, size_t n, double* out) const {
+    if (const double* base = PointsAsDoubles(points)) return CircleDistances(base, n, cx, cy, r, out);
+    for (size_t i = 0; i < n; ++i) out[i] = Distance(points[i]);
   }
 
   unsigned Fit(const CZetPoint* points, const uint32_t* idx, size_t m) {

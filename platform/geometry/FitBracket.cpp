@@ -1,7 +1,10 @@
-// The pass of KthSmallest over the whole set, in vectors (Highway, compiled once per
-// instruction set and chosen by the processor): it counts the values below a bracket
-// and packs those within it, in input order. With AVX-512 the packing is one
-// compressing store per vector; the scalar loop spent most of a fit's time here.
+// The fits' passes over every point, in vectors (Highway, compiled once per instruction
+// set and chosen by the processor): the pass of KthSmallest, which counts the values
+// below a bracket and packs those within it, in input order (with AVX-512 one
+// compressing store per vector; the scalar loop spent most of a fit's time here); the
+// distances of the points from a line or circle, element by element the same
+// operations as the scalar ones (no fused multiply-adds, a correctly rounded square
+// root), so the same values; and the trimmed cost's sum of squares.
 #undef HWY_TARGET_INCLUDE
 #define HWY_TARGET_INCLUDE "geometry/FitBracket.cpp"
 #include <hwy/foreach_target.h>  // IWYU pragma: keep
@@ -40,6 +43,85 @@ size_t BracketImpl(const double* values, size_t n, double lo, double hi, double*
   return m;
 }
 
+void LineDistancesImpl(const double* base, size_t n, double nx, double ny, double off,
+                       double* out) {
+  size_t i = 0;
+#if HWY_TARGET != HWY_SCALAR
+  const hn::ScalableTag<double> d;
+  const size_t lanes = hn::Lanes(d);
+  const auto vnx = hn::Set(d, nx), vny = hn::Set(d, ny), voff = hn::Set(d, off);
+  const auto zero = hn::Zero(d), inf = hn::Set(d, INFINITY);
+  for (; i + lanes <= n; i += lanes) {
+    hn::Vec<decltype(d)> head, x, y;
+    hn::LoadInterleaved3(d, base + i * kPointStride, head, x, y);
+    const auto e = hn::Abs(hn::Sub(hn::Add(hn::Mul(vnx, x), hn::Mul(vny, y)), voff));
+    hn::StoreU(hn::IfThenElse(hn::Ge(e, zero), e, inf), d, out + i);
+  }
+#endif
+  for (; i < n; ++i) {
+    const double* p = base + i * kPointStride;
+    out[i] = LineDistance(p[1], p[2], nx, ny, off);
+  }
+}
+
+void CircleDistancesImpl(const double* base, size_t n, double cx, double cy, double r,
+                         double* out) {
+  size_t i = 0;
+#if HWY_TARGET != HWY_SCALAR
+  const hn::ScalableTag<double> d;
+  const size_t lanes = hn::Lanes(d);
+  const auto vcx = hn::Set(d, cx), vcy = hn::Set(d, cy), vr = hn::Set(d, r);
+  const auto zero = hn::Zero(d), inf = hn::Set(d, INFINITY);
+  for (; i + lanes <= n; i += lanes) {
+    hn::Vec<decltype(d)> head, x, y;
+    hn::LoadInterleaved3(d, base + i * kPointStride, head, x, y);
+    const auto dx = hn::Sub(x, vcx), dy = hn::Sub(y, vcy);
+    const auto s = hn::Add(hn::Mul(dx, dx), hn::Mul(dy, dy));
+    if (!hn::AllTrue(d, hn::IsFinite(s))) {  // overflowing squares: Length's other way
+      for (size_t j = i; j < i + lanes; ++j) {
+        const double* p = base + j * kPointStride;
+        out[j] = CircleDistance(p[1], p[2], cx, cy, r);
+      }
+      continue;
+    }
+    const auto e = hn::Abs(hn::Sub(hn::Sqrt(s), vr));
+    hn::StoreU(hn::IfThenElse(hn::Ge(e, zero), e, inf), d, out + i);
+  }
+#endif
+  for (; i < n; ++i) {
+    const double* p = base + i * kPointStride;
+    out[i] = CircleDistance(p[1], p[2], cx, cy, r);
+  }
+}
+
+double SumSquaresBelowImpl(const double* values, size_t n, double cut, size_t* counted) {
+  size_t i = 0, count = 0;
+  double sum = 0;
+#if HWY_TARGET != HWY_SCALAR
+  const hn::ScalableTag<double> d;
+  const size_t lanes = hn::Lanes(d);
+  const auto vcut = hn::Set(d, cut);
+  auto a = hn::Zero(d), b = hn::Zero(d);
+  for (; i + 2 * lanes <= n; i += 2 * lanes) {
+    const auto u = hn::LoadU(d, values + i), v = hn::LoadU(d, values + i + lanes);
+    const auto eu = hn::Mul(u, u), ev = hn::Mul(v, v);
+    const auto mu = hn::Lt(eu, vcut), mv = hn::Lt(ev, vcut);
+    a = hn::Add(a, hn::IfThenElseZero(mu, eu));
+    b = hn::Add(b, hn::IfThenElseZero(mv, ev));
+    count += hn::CountTrue(d, mu) + hn::CountTrue(d, mv);
+  }
+  sum = hn::GetLane(hn::SumOfLanes(d, hn::Add(a, b)));
+#endif
+  for (; i < n; ++i) {
+    const double e = values[i] * values[i];
+    const bool in = e < cut;
+    sum += in ? e : 0.0;
+    count += in;
+  }
+  *counted = count;
+  return sum;
+}
+
 }  // namespace HWY_NAMESPACE
 }  // namespace zet::geometry
 HWY_AFTER_NAMESPACE();
@@ -48,10 +130,26 @@ HWY_AFTER_NAMESPACE();
 namespace zet::geometry {
 
 HWY_EXPORT(BracketImpl);
+HWY_EXPORT(LineDistancesImpl);
+HWY_EXPORT(CircleDistancesImpl);
+HWY_EXPORT(SumSquaresBelowImpl);
 
 size_t Bracket(const double* values, size_t n, double lo, double hi, double* inside,
                size_t* below) {
   return HWY_DYNAMIC_DISPATCH(BracketImpl)(values, n, lo, hi, inside, below);
+}
+
+void LineDistances(const double* base, size_t n, double nx, double ny, double d, double* out) {
+  HWY_DYNAMIC_DISPATCH(LineDistancesImpl)(base, n, nx, ny, d, out);
+}
+
+void CircleDistances(const double* base, size_t n, double cx, double cy, double r,
+                     double* out) {
+  HWY_DYNAMIC_DISPATCH(CircleDistancesImpl)(base, n, cx, cy, r, out);
+}
+
+double SumSquaresBelow(const double* values, size_t n, double cut, size_t* counted) {
+  return HWY_DYNAMIC_DISPATCH(SumSquaresBelowImpl)(values, n, cut, counted);
 }
 
 }  // namespace zet::geometry

@@ -1,6 +1,8 @@
-// The vector pass of the fits' selection (FitBracket.cpp).
+// The vector passes of the fits (FitBracket.cpp): the selection's bracket, the
+// models' distances of every point, and the trimmed cost's sum of squares.
 #pragma once
 
+#include <cmath>
 #include <cstddef>
 
 namespace zet::geometry {
@@ -10,5 +12,38 @@ namespace zet::geometry {
 // values and does not overlap `values`; no value is NaN.
 size_t Bracket(const double* values, size_t n, double lo, double hi, double* inside,
                size_t* below);
+
+// The point layout the distance passes read: each point three doubles apart, its x one
+// double and its y two doubles from its start (the first is the object's own header,
+// loaded with the coordinates but never used). PointsAsDoubles checks it.
+inline constexpr size_t kPointStride = 3;
+
+// The distance of a point from a line with unit normal (nx, ny) and offset d, and from
+// a circle; NaN taken as infinite, so that the distances have an order. The passes
+// below give exactly these values.
+inline double LineDistance(double x, double y, double nx, double ny, double d) {
+  const double e = std::fabs(nx * x + ny * y - d);
+  return e >= 0 ? e : INFINITY;
+}
+// sqrt(dx² + dy²), or where the squares overflow (lengths beyond 1e154) the same
+// length without them.
+inline double Length(double dx, double dy) {
+  const double s = dx * dx + dy * dy;
+  return std::isfinite(s) ? std::sqrt(s) : std::hypot(dx, dy);
+}
+inline double CircleDistance(double x, double y, double cx, double cy, double r) {
+  const double e = std::fabs(Length(x - cx, y - cy) - r);
+  return e >= 0 ? e : INFINITY;
+}
+
+// out[i] = LineDistance / CircleDistance of point i, whose x is base[i * kPointStride
+// + 1] and y base[i * kPointStride + 2].
+void LineDistances(const double* base, size_t n, double nx, double ny, double d, double* out);
+void CircleDistances(const double* base, size_t n, double cx, double cy, double r,
+                     double* out);
+
+// The sum of the squares e = v² of values[0 .. n - 1] with e < cut, in vector lanes
+// (so not rounded as a sum in input order would be), and their count in *counted.
+double SumSquaresBelow(const double* values, size_t n, double cut, size_t* counted);
 
 }  // namespace zet::geometry

@@ -9,7 +9,9 @@
 //     // A rough fit of points[0 .. n - 1] that a minority of gross outliers cannot
 //     // drag (medians of fits to a few points each); false when there is none.
 //     bool RobustStart(const CZetPoint* points, size_t n, SFitScratch& scratch);
-//     double Distance(const CZetPoint& p) const;   // >= 0
+//     double Distance(const CZetPoint& p) const;   // >= 0, NaN taken as infinite
+//     // Distance of points[0 .. n - 1] into out[0 .. n - 1].
+//     void Distances(const CZetPoint* points, size_t n, double* out) const;
 //   };
 //
 // TrimmedFit discards k = floor(n * percent / 100) points as ZetGeometry.h describes
@@ -18,10 +20,13 @@
 #pragma once
 
 #include <algorithm>
+#include <cfloat>
 #include <cmath>
 #include <cstdint>
+#include <cstring>
 #include <vector>
 
+#include "FitBracket.h"
 #include "zet/ZetGeometry.h"
 
 namespace zet::geometry {
@@ -41,8 +46,7 @@ struct SKept {
 // that a thread keeps what its largest fit needed.
 struct SFitScratch {
   std::vector<double> dist, work, first, second;
-  std::vector<uint32_t> subset, near;
-  std::vector<uint8_t> in, before;
+  std::vector<uint32_t> subset, near, next;
   std::vector<CZetPoint> frame;  // a model's points in the frame its fit works in
   size_t Bytes() const;
 };
@@ -146,15 +150,21 @@ double KthSmallest(const double* values, size_t n, size_t k, std::vector<double>
 // be NaN. Uses the scratch's `work`.
 double Median(const std::vector<double>& values);
 
+// The points as the doubles the vector passes read (FitBracket.h), or null where a
+// point is laid out otherwise.
+inline const double* PointsAsDoubles(const CZetPoint* points) {
+  const double* base = reinterpret_cast<const double*>(points);
+  const bool layout = sizeof(CZetPoint) == kPointStride * sizeof(double) &&
+                      &points->x == base + 1 && &points->y == base + 2;
+  return layout ? base : nullptr;
+}
+
 // |distance| of every point from the model's fit, NaN taken as infinite, so that the
 // order has no NaN.
 template <class Model>
 void Distances(const Model& model, const CZetPoint* points, size_t n, std::vector<double>& out) {
   out.resize(n);
-  for (size_t i = 0; i < n; ++i) {
-    const double e = model.Distance(points[i]);
-    out[i] = e >= 0 ? e : INFINITY;
-  }
+  model.Distances(points, n, out.data());
 }
 
 inline constexpr int kTrimSteps = 4;           // k/2, 3k/4, 7k/8, k
@@ -166,12 +176,8 @@ template <class Model>
 class TTrimmer {
  public:
   TTrimmer(const CZetPoint* points, size_t n, size_t k, SFitScratch& scratch)
-      : m_points(points), m_n(n), m_k(k), m_in(scratch.in), m_before(scratch.before),
-        m_subset(scratch.subset), m_near(scratch.near), m_dist(scratch.dist),
-        m_work(scratch.work) {
-    m_in.assign(n, 0);
-    m_before.assign(n, 0);
-  }
+      : m_points(points), m_n(n), m_k(k), m_subset(scratch.subset), m_near(scratch.near),
+        m_next(scratch.next), m_dist(scratch.dist), m_work(scratch.work) {}
 
   // The distances of the model's current fit and their (n - k)-th smallest, when the
   // caller measured them already: the first step takes them instead of measuring again.
@@ -184,7 +190,7 @@ class TTrimmer {
   // From the model's current fit: the steps toward k when `inSteps`, then refits on
   // the nearest n - k until that set stays. On success the model fits `kept`.
   unsigned Run(Model& model, bool inSteps, SKept* kept) {
-    std::fill(m_in.begin(), m_in.end(), 0);
+    m_fitted = false;
     bool changed = true;
     size_t last = 0;
     for (int s = 1; inSteps && s <= kTrimSteps; ++s) {
@@ -218,9 +224,13 @@ class TTrimmer {
     const double cut = kReweightCut * 1.4826 * KthSmallest(dist.data(), m_n, m_n / 2, m_work);
     if (!(cut > 0) || !std::isfinite(cut)) return;  // an exact fit, or no scale
     std::vector<uint32_t>& near = m_near;
-    near.clear();
-    for (size_t i = 0; i < m_n; ++i)
-      if (dist[i] <= cut) near.push_back(static_cast<uint32_t>(i));
+    near.resize(m_n);
+    size_t m = 0;
+    for (size_t i = 0; i < m_n; ++i) {
+      near[m] = static_cast<uint32_t>(i);
+      m += dist[i] <= cut;
+    }
+    near.resize(m);
     Model wide = model;
     if (near.size() < Model::kMinPoints ||
         wide.Fit(m_points, near.data(), near.size()) != CZetGeometry::kFitOk)
@@ -247,34 +257,46 @@ class TTrimmer {
     const double cut = m_cutKnown && t == m_k ? m_cut : KthSmallest(dist, m_n, keep - 1, m_work);
     m_fresh = true;
     m_cutKnown = false;
-    size_t below = 0;
-    for (size_t i = 0; i < m_n; ++i) below += dist[i] < cut;
-    size_t ties = keep - below;
-    m_before.swap(m_in);
-    uint8_t* in = m_in.data();
+    // Every point at or below the cut: the set, unless more lie at the cut than the set
+    // has room for; then the earliest of those.
+    if (m_next.size() < m_n) m_next.resize(m_n);
+    uint32_t* next = m_next.data();
+    size_t m = 0;
     for (size_t i = 0; i < m_n; ++i) {
-      const bool take = dist[i] == cut && ties > 0;
-      ties -= take;
-      in[i] = static_cast<uint8_t>(dist[i] < cut || take);
+      next[m] = static_cast<uint32_t>(i);
+      m += dist[i] <= cut;
     }
-    *changed = m_in != m_before;
+    if (m > keep) {
+      size_t below = 0;
+      for (size_t i = 0; i < m_n; ++i) below += dist[i] < cut;
+      size_t ties = keep - below;
+      m = 0;
+      for (size_t i = 0; i < m_n; ++i) {
+        const bool tie = dist[i] == cut && ties > 0;
+        ties -= tie;
+        next[m] = static_cast<uint32_t>(i);
+        m += dist[i] < cut || tie;
+      }
+    }
+    *changed = !m_fitted || m_subset.size() != m ||
+               std::memcmp(m_subset.data(), next, m * sizeof(uint32_t)) != 0;
     if (!*changed) return CZetGeometry::kFitOk;
     m_fresh = false;
-    m_subset.clear();
-    for (size_t i = 0; i < m_n; ++i)
-      if (in[i]) m_subset.push_back(static_cast<uint32_t>(i));
+    m_fitted = true;
+    m_subset.swap(m_next);
+    m_subset.resize(m);
     return model.Fit(m_points, m_subset.data(), m_subset.size());
   }
 
   const CZetPoint* m_points;
   size_t m_n, m_k;
-  std::vector<uint8_t>& m_in;
-  std::vector<uint8_t>& m_before;
-  std::vector<uint32_t>& m_subset;
+  std::vector<uint32_t>& m_subset;  // the set of the model's fit, once m_fitted
   std::vector<uint32_t>& m_near;
+  std::vector<uint32_t>& m_next;
   std::vector<double>& m_dist;
   std::vector<double>& m_work;
   double m_cut = 0;
+  bool m_fitted = false;     // a step of this run fitted the model to m_subset
   bool m_fresh = false;      // m_dist holds the distances of the model's current fit
   bool m_cutKnown = false;   // and m_cut their (n - k)-th smallest
 };
@@ -285,12 +307,8 @@ class TTrimmer {
 // `dist` and the (n - k)-th of them in *distCut (squaring keeps their order, so the
 // (n - k)-th square is the square of the (n - k)-th distance), for the first
 // trimming step.
-template <class Model>
-double TrimmedCost(const CZetPoint* points, size_t n, size_t k, const Model& model,
-                   std::vector<double>& dist, std::vector<double>& work, double* distCut) {
-  Distances(model, points, n, dist);
-  *distCut = KthSmallest(dist.data(), n, n - k - 1, work);
-  const double cut = *distCut * *distCut;
+inline double TrimmedCostInOrder(const double* dist, size_t n, size_t k, double distCut) {
+  const double cut = distCut * distCut;
   double sum = 0;
   size_t counted = 0;
   for (size_t i = 0; i < n; ++i) {
@@ -300,6 +318,34 @@ double TrimmedCost(const CZetPoint* points, size_t n, size_t k, const Model& mod
     counted += in;
   }
   return sum + static_cast<double>(n - k - counted) * cut;
+}
+
+// The same cost summed in vector lanes, which round otherwise: QuickCostBelow decides
+// from it where it can.
+template <class Model>
+double QuickTrimmedCost(const CZetPoint* points, size_t n, size_t k, const Model& model,
+                        std::vector<double>& dist, std::vector<double>& work, double* distCut) {
+  Distances(model, points, n, dist);
+  *distCut = KthSmallest(dist.data(), n, n - k - 1, work);
+  const double cut = *distCut * *distCut;
+  size_t counted = 0;
+  const double sum = SumSquaresBelow(dist.data(), n, cut, &counted);
+  return sum + static_cast<double>(n - k - counted) * cut;
+}
+
+// Whether cost a < cost b, both sums of the same n + 1 non-negative terms as
+// TrimmedCostInOrder adds them, from the quick sums qa and qb of those terms: any order
+// of adding m non-negative terms lands within m u of their exact sum (u = 2^-53, and
+// m times the least subnormal where they underflow), so where qa and qb lie further
+// apart than four times that, the sums in input order are ordered as they are. Else
+// 0 or 1 from the sums in input order, and -1 when undecided here.
+inline int QuickCostBelow(double qa, double qb, size_t n) {
+  if (!std::isfinite(qa) || !std::isfinite(qb)) return -1;
+  const double m = static_cast<double>(n) + 2;
+  const double margin = 4 * m * (DBL_EPSILON / 2) * (qa + qb) + 4 * m * DBL_TRUE_MIN;
+  if (qb - qa > margin) return 1;
+  if (qa - qb > margin) return 0;
+  return -1;
 }
 
 // The fit after discarding k = floor(n * percent / 100) points. Trimming starts from
@@ -324,9 +370,16 @@ unsigned TrimmedFit(const CZetPoint* points, size_t n, unsigned percent, Model& 
   Model robust;
   double robustCut = 0, plainCut = 0;
   // The robust start's distances stay in `first` for its first step.
-  if (robust.RobustStart(points, n, scratch) &&
-      TrimmedCost(points, n, k, robust, scratch.first, scratch.work, &robustCut) <
-          TrimmedCost(points, n, k, model, scratch.dist, scratch.work, &plainCut)) {
+  bool fromRobust = robust.RobustStart(points, n, scratch);
+  if (fromRobust) {
+    const double qr = QuickTrimmedCost(points, n, k, robust, scratch.first, scratch.work, &robustCut);
+    const double qp = QuickTrimmedCost(points, n, k, model, scratch.dist, scratch.work, &plainCut);
+    const int below = QuickCostBelow(qr, qp, n);
+    fromRobust = below >= 0 ? below == 1
+                            : TrimmedCostInOrder(scratch.first.data(), n, k, robustCut) <
+                                  TrimmedCostInOrder(scratch.dist.data(), n, k, plainCut);
+  }
+  if (fromRobust) {
     TTrimmer<Model> trimmer(points, n, k, scratch);
     trimmer.KnownDistances(scratch.first, robustCut);
     model = robust;

@@ -86,8 +86,8 @@ double Median(const std::vector<double>& values) {
 size_t SFitScratch::Bytes() const {
   return (dist.capacity() + work.capacity() + first.capacity() + second.capacity()) *
              sizeof(double) +
-         (subset.capacity() + near.capacity()) * sizeof(uint32_t) + in.capacity() +
-         before.capacity() + frame.capacity() * sizeof(CZetPoint);
+         (subset.capacity() + near.capacity() + next.capacity()) * sizeof(uint32_t) +
+         frame.capacity() * sizeof(CZetPoint);
 }
 
 SFitScratch& FitScratch() {
@@ -152,7 +152,11 @@ struct SLineModel {
     return std::isfinite(line.d);
   }
   double Signed(const CZetPoint& p) const { return nx * p.x + ny * p.y - line.d; }
-  double Distance(const CZetPoint& p) const { return std::fabs(Signed(p)); }
+  double Distance(const CZetPoint& p) const { return LineDistance(p.x, p.y, nx, ny, line.d); }
+  void Distances(const CZetPoint* points, size_t n, double* out) const {
+    if (const double* base = PointsAsDoubles(points)) return LineDistances(base, n, nx, ny, line.d, out);
+    for (size_t i = 0; i < n; ++i) out[i] = Distance(points[i]);
+  }
 };
 
 }  // namespace
