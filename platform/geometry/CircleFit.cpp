@@ -91,14 +91,16 @@ struct SCircleModel {
     const double lmin = f.cxx + f.cyy - lmax;
     if (!(lmin > kCollinear * kCollinear * lmax)) return CZetGeometry::kFitDegenerate;
     // Worked out once: Levenberg-Marquardt reads them at every step.
-    std::vector<CZetPoint>& frame = FitScratch().frame;
-    frame.resize(m);
+    SFitScratch& scratch = FitScratch();
+    scratch.frameX.resize(m);
+    scratch.frameY.resize(m);
+    double* const qx = scratch.frameX.data();
+    double* const qy = scratch.frameY.data();
     for (size_t i = 0; i < m; ++i) {
       const CZetPoint p = f.ToFrame(points[at(i)]);
-      frame[i] = CZetPoint((p.x - f.mx) / spread, (p.y - f.my) / spread);
+      qx[i] = (p.x - f.mx) / spread, qy[i] = (p.y - f.my) / spread;
     }
-    const CZetPoint* inFrame = frame.data();
-    const auto q = [inFrame](size_t i) { return inFrame[i]; };
+    const auto q = [qx, qy](size_t i) { return CZetPoint(qx[i], qy[i]); };
 
     Vector3d c;  // centre x, centre y, radius, in q
     if (fitted) {  // a refit of a subset starts from the fit it was chosen by
@@ -108,7 +110,7 @@ struct SCircleModel {
     if (!fitted || !c.allFinite()) {
       if (!Hyper(m, q, &c)) return CZetGeometry::kFitDegenerate;
     }
-    Refine(m, q, &c);
+    Refine(m, qx, qy, &c);
     const CZetPoint centre = f.FromFrame(f.mx + spread * c[0], f.my + spread * c[1]);
     cx = centre.x, cy = centre.y;
     r = std::fabs(c[2]) * spread / f.invScale;
@@ -166,28 +168,19 @@ struct SCircleModel {
 
   // Levenberg-Marquardt on e_i = |q_i - c| - r: J_i = (-(qx - cx)/|q - c|,
   // -(qy - cy)/|q - c|, -1); steps from (JᵀJ + λ diag JᵀJ) δ = -Jᵀe.
-  template <class Q>
-  static void Refine(size_t m, Q q, Vector3d* circle) {
+  static void Refine(size_t m, const double* qx, const double* qy, Vector3d* circle) {
     struct SEval {
       Matrix3d jtj;
       Vector3d jte;
       double cost;
     };
     const auto eval = [&](const Vector3d& c) {
-      SEval e{Matrix3d::Zero(), Vector3d::Zero(), 0.0};
-      double s00 = 0, s01 = 0, s02 = 0, s11 = 0, s12 = 0, s0 = 0, s1 = 0, s2 = 0;
-      for (size_t i = 0; i < m; ++i) {
-        const CZetPoint p = q(i);
-        const double dx = p.x - c[0], dy = p.y - c[1];
-        const double dist = std::sqrt(dx * dx + dy * dy);
-        const double res = dist - c[2];
-        const double ux = dist > 0 ? dx / dist : 0.0, uy = dist > 0 ? dy / dist : 0.0;
-        s00 += ux * ux, s01 += ux * uy, s02 += ux, s11 += uy * uy, s12 += uy;
-        s0 -= ux * res, s1 -= uy * res, s2 -= res;
-        e.cost += res * res;
-      }
-      e.jtj << s00, s01, s02, s01, s11, s12, s02, s12, static_cast<double>(m);
-      e.jte << s0, s1, s2;
+      SEval e;
+      double s[9];  // ux², ux uy, ux, uy², uy, -ux e, -uy e, -e, e²
+      CircleStepSums(qx, qy, m, c[0], c[1], c[2], s);
+      e.jtj << s[0], s[1], s[2], s[1], s[3], s[4], s[2], s[4], static_cast<double>(m);
+      e.jte << s[5], s[6], s[7];
+      e.cost = s[8];
       return e;
     };
     Vector3d c = *circle;

@@ -4,12 +4,16 @@
 // compressing store per vector; the scalar loop spent most of a fit's time here); the
 // distances of the points from a line or circle, element by element the same
 // operations as the scalar ones (no fused multiply-adds, a correctly rounded square
-// root), so the same values; and the trimmed cost's sum of squares.
+// root), so the same values; the trimmed cost's sum of squares; and the circle's
+// Levenberg-Marquardt sums, whose terms (a square root and two divisions a point) are
+// worked out in lanes and added in input order.
 #undef HWY_TARGET_INCLUDE
 #define HWY_TARGET_INCLUDE "geometry/FitBracket.cpp"
 #include <hwy/foreach_target.h>  // IWYU pragma: keep
 
 #include <hwy/highway.h>
+
+#include <algorithm>
 
 #include "geometry/FitBracket.h"
 
@@ -122,6 +126,55 @@ double SumSquaresBelowImpl(const double* values, size_t n, double cut, size_t* c
   return sum;
 }
 
+void CircleStepSumsImpl(const double* x, const double* y, size_t m, double cx, double cy,
+                        double r, double s[9]) {
+  // The terms of a block of points, then their sums in input order.
+  constexpr size_t kBlock = 64;
+  HWY_ALIGN double t[9][kBlock];
+  double s00 = 0, s01 = 0, s02 = 0, s11 = 0, s12 = 0, s0 = 0, s1 = 0, s2 = 0, cost = 0;
+  const hn::ScalableTag<double> d;
+  const size_t lanes = hn::Lanes(d);
+  const auto vcx = hn::Set(d, cx), vcy = hn::Set(d, cy), vr = hn::Set(d, r);
+  const auto zero = hn::Zero(d);
+  for (size_t b = 0; b < m; b += kBlock) {
+    const size_t len = std::min(kBlock, m - b);
+    size_t j = 0;
+    for (; j + lanes <= len; j += lanes) {
+      const auto dx = hn::Sub(hn::LoadU(d, x + b + j), vcx);
+      const auto dy = hn::Sub(hn::LoadU(d, y + b + j), vcy);
+      const auto dist = hn::Sqrt(hn::Add(hn::Mul(dx, dx), hn::Mul(dy, dy)));
+      const auto res = hn::Sub(dist, vr);
+      const auto pos = hn::Gt(dist, zero);
+      const auto ux = hn::IfThenElseZero(pos, hn::Div(dx, dist));
+      const auto uy = hn::IfThenElseZero(pos, hn::Div(dy, dist));
+      hn::Store(hn::Mul(ux, ux), d, t[0] + j);
+      hn::Store(hn::Mul(ux, uy), d, t[1] + j);
+      hn::Store(ux, d, t[2] + j);
+      hn::Store(hn::Mul(uy, uy), d, t[3] + j);
+      hn::Store(uy, d, t[4] + j);
+      hn::Store(hn::Mul(ux, res), d, t[5] + j);
+      hn::Store(hn::Mul(uy, res), d, t[6] + j);
+      hn::Store(res, d, t[7] + j);
+      hn::Store(hn::Mul(res, res), d, t[8] + j);
+    }
+    for (; j < len; ++j) {
+      const double dx = x[b + j] - cx, dy = y[b + j] - cy;
+      const double dist = std::sqrt(dx * dx + dy * dy);
+      const double res = dist - r;
+      const double ux = dist > 0 ? dx / dist : 0.0, uy = dist > 0 ? dy / dist : 0.0;
+      t[0][j] = ux * ux, t[1][j] = ux * uy, t[2][j] = ux, t[3][j] = uy * uy, t[4][j] = uy;
+      t[5][j] = ux * res, t[6][j] = uy * res, t[7][j] = res, t[8][j] = res * res;
+    }
+    for (j = 0; j < len; ++j) {
+      s00 += t[0][j], s01 += t[1][j], s02 += t[2][j], s11 += t[3][j], s12 += t[4][j];
+      s0 -= t[5][j], s1 -= t[6][j], s2 -= t[7][j];
+      cost += t[8][j];
+    }
+  }
+  s[0] = s00, s[1] = s01, s[2] = s02, s[3] = s11, s[4] = s12;
+  s[5] = s0, s[6] = s1, s[7] = s2, s[8] = cost;
+}
+
 }  // namespace HWY_NAMESPACE
 }  // namespace zet::geometry
 HWY_AFTER_NAMESPACE();
@@ -133,6 +186,7 @@ HWY_EXPORT(BracketImpl);
 HWY_EXPORT(LineDistancesImpl);
 HWY_EXPORT(CircleDistancesImpl);
 HWY_EXPORT(SumSquaresBelowImpl);
+HWY_EXPORT(CircleStepSumsImpl);
 
 size_t Bracket(const double* values, size_t n, double lo, double hi, double* inside,
                size_t* below) {
@@ -150,6 +204,11 @@ void CircleDistances(const double* base, size_t n, double cx, double cy, double 
 
 double SumSquaresBelow(const double* values, size_t n, double cut, size_t* counted) {
   return HWY_DYNAMIC_DISPATCH(SumSquaresBelowImpl)(values, n, cut, counted);
+}
+
+void CircleStepSums(const double* x, const double* y, size_t m, double cx, double cy, double r,
+                    double s[9]) {
+  HWY_DYNAMIC_DISPATCH(CircleStepSumsImpl)(x, y, m, cx, cy, r, s);
 }
 
 }  // namespace zet::geometry

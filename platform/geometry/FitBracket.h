@@ -1,5 +1,6 @@
 // The vector passes of the fits (FitBracket.cpp): the selection's bracket, the
-// models' distances of every point, and the trimmed cost's sum of squares.
+// models' distances of every point, the trimmed cost's sum of squares, and the sums
+// of the circle's Levenberg-Marquardt steps.
 #pragma once
 
 #include <cmath>
@@ -45,5 +46,13 @@ void CircleDistances(const double* base, size_t n, double cx, double cy, double 
 // The sum of the squares e = v² of values[0 .. n - 1] with e < cut, in vector lanes
 // (so not rounded as a sum in input order would be), and their count in *counted.
 double SumSquaresBelow(const double* values, size_t n, double cut, size_t* counted);
+
+// The sums of a Levenberg-Marquardt step of the circle (cx, cy, r) over the points
+// (x[i], y[i]), i < m: with d = |p - c|, e = d - r and u = (p - c) / d (0 where d is
+// 0), s[0 .. 8] = the sums of ux², ux uy, ux, uy², uy, -ux e, -uy e, -e and e², each
+// added point by point in input order (the terms are worked out in vector lanes, the
+// sums stay in order, so they come out as a plain loop's do).
+void CircleStepSums(const double* x, const double* y, size_t m, double cx, double cy, double r,
+                    double s[9]);
 
 }  // namespace zet::geometry

@@ -46,8 +46,8 @@ struct SKept {
 // that a thread keeps what its largest fit needed.
 struct SFitScratch {
   std::vector<double> dist, work, first, second;
+  std::vector<double> frameX, frameY;  // a model's points in the frame its fit works in
   std::vector<uint32_t> subset, near, next;
-  std::vector<CZetPoint> frame;  // a model's points in the frame its fit works in
   size_t Bytes() const;
 };
 inline constexpr size_t kScratchKeepBytes = size_t{64} << 20;

@@ -84,10 +84,10 @@ double Median(const std::vector<double>& values) {
 }
 
 size_t SFitScratch::Bytes() const {
-  return (dist.capacity() + work.capacity() + first.capacity() + second.capacity()) *
+  return (dist.capacity() + work.capacity() + first.capacity() + second.capacity() +
+          frameX.capacity() + frameY.capacity()) *
              sizeof(double) +
-         (subset.capacity() + near.capacity() + next.capacity()) * sizeof(uint32_t) +
-         frame.capacity() * sizeof(CZetPoint);
+         (subset.capacity() + near.capacity() + next.capacity()) * sizeof(uint32_t);
 }
 
 SFitScratch& FitScratch() {
