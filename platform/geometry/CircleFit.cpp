@@ -54,27 +54,29 @@ struct SCircleModel {
     const size_t third = n / 3;
     std::vector<double>& xs = scratch.first;
     std::vector<double>& ys = scratch.second;
-    xs.clear(), ys.clear();
-    for (size_t i = 0; i < third; ++i) {
-      const CZetPoint& a = points[i];
-      const double bx = points[i + third].x - a.x, by = points[i + third].y - a.y;
-      const double qx = points[i + 2 * third].x - a.x, qy = points[i + 2 * third].y - a.y;
-      const double det = 2 * (bx * qy - by * qx);
-      const double b2 = bx * bx + by * by, q2 = qx * qx + qy * qy;
-      const double ux = (qy * b2 - by * q2) / det, uy = (bx * q2 - qx * b2) / det;
-      if (!std::isfinite(ux) || !std::isfinite(uy)) continue;  // collinear, or too far
-      xs.push_back(a.x + ux);
-      ys.push_back(a.y + uy);
+    if (xs.size() < n) xs.resize(n);  // grown, never shrunk: resizing clears
+    if (ys.size() < third) ys.resize(third);
+    size_t m = 0;
+    if (const double* base = PointsAsDoubles(points)) {
+      m = CircleCentres(base, third, xs.data(), ys.data());
+    } else {
+      for (size_t i = 0; i < third; ++i)
+        m += CircleCentre(points[i].x, points[i].y, points[i + third].x, points[i + third].y,
+                          points[i + 2 * third].x, points[i + 2 * third].y, &xs[m], &ys[m]);
     }
-    if (xs.empty()) return false;
-    cx = Median(xs), cy = Median(ys);
+    if (m == 0) return false;
+    cx = KthSmallest(xs.data(), m, m / 2, scratch.work);
+    cy = KthSmallest(ys.data(), m, m / 2, scratch.work);
+    // The distances from the centre (CircleDistance from radius 0, which takes NaN as
+    // infinite: a start with a NaN distance fails, so an infinite one looks again).
     std::vector<double>& radii = scratch.first;
-    radii.resize(n);
+    r = 0;
+    Distances(points, n, radii.data());
     for (size_t i = 0; i < n; ++i) {
-      radii[i] = Length(points[i].x - cx, points[i].y - cy);
-      if (std::isnan(radii[i])) return false;
+      if (radii[i] == INFINITY && std::isnan(Length(points[i].x - cx, points[i].y - cy)))
+        return false;
     }
-    r = Median(radii);
+    r = KthSmallest(radii.data(), n, n / 2, scratch.work);
     fitted = std::isfinite(cx) && std::isfinite(cy) && std::isfinite(r);
     return fitted;
   }

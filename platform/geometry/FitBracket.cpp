@@ -126,6 +126,40 @@ double SumSquaresBelowImpl(const double* values, size_t n, double cut, size_t* c
   return sum;
 }
 
+size_t CircleCentresImpl(const double* base, size_t t, double* xs, double* ys) {
+  size_t i = 0, m = 0;
+  const double* const pb = base + t * kPointStride;
+  const double* const pq = base + 2 * t * kPointStride;
+#if HWY_TARGET != HWY_SCALAR
+  const hn::ScalableTag<double> d;
+  const size_t lanes = hn::Lanes(d);
+  const auto two = hn::Set(d, 2.0);
+  // CompressStore may write a whole vector from xs + m; m <= i keeps it within t.
+  for (; i + lanes <= t; i += lanes) {
+    hn::Vec<decltype(d)> h, ax, ay, bx, by, qx, qy;
+    hn::LoadInterleaved3(d, base + i * kPointStride, h, ax, ay);
+    hn::LoadInterleaved3(d, pb + i * kPointStride, h, bx, by);
+    hn::LoadInterleaved3(d, pq + i * kPointStride, h, qx, qy);
+    bx = hn::Sub(bx, ax), by = hn::Sub(by, ay), qx = hn::Sub(qx, ax), qy = hn::Sub(qy, ay);
+    const auto det = hn::Mul(two, hn::Sub(hn::Mul(bx, qy), hn::Mul(by, qx)));
+    const auto b2 = hn::Add(hn::Mul(bx, bx), hn::Mul(by, by));
+    const auto q2 = hn::Add(hn::Mul(qx, qx), hn::Mul(qy, qy));
+    const auto ux = hn::Div(hn::Sub(hn::Mul(qy, b2), hn::Mul(by, q2)), det);
+    const auto uy = hn::Div(hn::Sub(hn::Mul(bx, q2), hn::Mul(qx, b2)), det);
+    const auto ok = hn::And(hn::IsFinite(ux), hn::IsFinite(uy));
+    hn::CompressStore(hn::Add(ax, ux), ok, d, xs + m);
+    m += hn::CompressStore(hn::Add(ay, uy), ok, d, ys + m);
+  }
+#endif
+  for (; i < t; ++i) {
+    const double* a = base + i * kPointStride;
+    const double* b = pb + i * kPointStride;
+    const double* q = pq + i * kPointStride;
+    m += CircleCentre(a[1], a[2], b[1], b[2], q[1], q[2], xs + m, ys + m);
+  }
+  return m;
+}
+
 void CircleStepSumsImpl(const double* x, const double* y, size_t m, double cx, double cy,
                         double r, double s[9]) {
   // The terms of a block of points, then their sums in input order.
@@ -187,6 +221,7 @@ HWY_EXPORT(LineDistancesImpl);
 HWY_EXPORT(CircleDistancesImpl);
 HWY_EXPORT(SumSquaresBelowImpl);
 HWY_EXPORT(CircleStepSumsImpl);
+HWY_EXPORT(CircleCentresImpl);
 
 size_t Bracket(const double* values, size_t n, double lo, double hi, double* inside,
                size_t* below) {
@@ -204,6 +239,10 @@ void CircleDistances(const double* base, size_t n, double cx, double cy, double 
 
 double SumSquaresBelow(const double* values, size_t n, double cut, size_t* counted) {
   return HWY_DYNAMIC_DISPATCH(SumSquaresBelowImpl)(values, n, cut, counted);
+}
+
+size_t CircleCentres(const double* base, size_t t, double* xs, double* ys) {
+  return HWY_DYNAMIC_DISPATCH(CircleCentresImpl)(base, t, xs, ys);
 }
 
 void CircleStepSums(const double* x, const double* y, size_t m, double cx, double cy, double r,

@@ -47,6 +47,20 @@ void CircleDistances(const double* base, size_t n, double cx, double cy, double 
 // (so not rounded as a sum in input order would be), and their count in *counted.
 double SumSquaresBelow(const double* values, size_t n, double cut, size_t* counted);
 
+// The circle's rough start: for i < t, the centre of the circle through points i,
+// i + t and i + 2t (as CircleCentre computes it), packed into xs and ys in input order
+// where both coordinates are finite; returns their count. xs and ys have room for t.
+inline bool CircleCentre(double ax, double ay, double bx, double by, double qx, double qy,
+                         double* cx, double* cy) {
+  bx -= ax, by -= ay, qx -= ax, qy -= ay;
+  const double det = 2 * (bx * qy - by * qx);
+  const double b2 = bx * bx + by * by, q2 = qx * qx + qy * qy;
+  const double ux = (qy * b2 - by * q2) / det, uy = (bx * q2 - qx * b2) / det;
+  *cx = ax + ux, *cy = ay + uy;
+  return std::isfinite(ux) && std::isfinite(uy);  // else collinear, or too far
+}
+size_t CircleCentres(const double* base, size_t t, double* xs, double* ys);
+
 // The sums of a Levenberg-Marquardt step of the circle (cx, cy, r) over the points
 // (x[i], y[i]), i < m: with d = |p - c|, e = d - r and u = (p - c) / d (0 where d is
 // 0), s[0 .. 8] = the sums of ux², ux uy, ux, uy², uy, -ux e, -uy e, -e and e², each
