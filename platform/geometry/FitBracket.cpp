@@ -126,6 +126,65 @@ double SumSquaresBelowImpl(const double* values, size_t n, double cut, size_t* c
   return sum;
 }
 
+size_t RoughDoubledAnglesImpl(const double* base, size_t t, double* c2, double* s2) {
+  size_t i = 0, unsafe = 0;
+  constexpr double kLow = 0x1p-960, kHigh = 0x1p960;
+  const double* const pb = base + t * kPointStride;
+#if HWY_TARGET != HWY_SCALAR
+  const hn::ScalableTag<double> d;
+  const size_t lanes = hn::Lanes(d);
+  const auto two = hn::Set(d, 2.0), low = hn::Set(d, kLow), high = hn::Set(d, kHigh);
+  for (; i + lanes <= t; i += lanes) {
+    hn::Vec<decltype(d)> h, ax, ay, bx, by;
+    hn::LoadInterleaved3(d, base + i * kPointStride, h, ax, ay);
+    hn::LoadInterleaved3(d, pb + i * kPointStride, h, bx, by);
+    const auto dx = hn::Sub(bx, ax), dy = hn::Sub(by, ay);
+    const auto sq = hn::Add(hn::Mul(dx, dx), hn::Mul(dy, dy));
+    unsafe += lanes - hn::CountTrue(d, hn::And(hn::Ge(sq, low), hn::Le(sq, high)));
+    const auto len = hn::Sqrt(sq);
+    const auto ux = hn::Div(dx, len), uy = hn::Div(dy, len);
+    hn::StoreU(hn::Sub(hn::Mul(ux, ux), hn::Mul(uy, uy)), d, c2 + i);
+    hn::StoreU(hn::Mul(hn::Mul(two, ux), uy), d, s2 + i);
+  }
+#endif
+  for (; i < t; ++i) {
+    const double* a = base + i * kPointStride;
+    const double* b = pb + i * kPointStride;
+    const double dx = b[1] - a[1], dy = b[2] - a[2];
+    const double sq = dx * dx + dy * dy;
+    unsafe += !(sq >= kLow && sq <= kHigh);
+    const double len = std::sqrt(sq), ux = dx / len, uy = dy / len;
+    c2[i] = ux * ux - uy * uy;
+    s2[i] = 2 * ux * uy;
+  }
+  return unsafe;
+}
+
+bool LineOffsetsImpl(const double* base, size_t n, double nx, double ny, double* offsets) {
+  size_t i = 0;
+  bool nan = false;
+#if HWY_TARGET != HWY_SCALAR
+  const hn::ScalableTag<double> d;
+  const size_t lanes = hn::Lanes(d);
+  const auto vnx = hn::Set(d, nx), vny = hn::Set(d, ny);
+  size_t bad = 0;
+  for (; i + lanes <= n; i += lanes) {
+    hn::Vec<decltype(d)> h, x, y;
+    hn::LoadInterleaved3(d, base + i * kPointStride, h, x, y);
+    const auto o = hn::Add(hn::Mul(vnx, x), hn::Mul(vny, y));
+    bad += hn::CountTrue(d, hn::Ne(o, o));
+    hn::StoreU(o, d, offsets + i);
+  }
+  nan = bad > 0;
+#endif
+  for (; i < n; ++i) {
+    const double* p = base + i * kPointStride;
+    offsets[i] = nx * p[1] + ny * p[2];
+    nan |= std::isnan(offsets[i]);
+  }
+  return !nan;
+}
+
 size_t CircleCentresImpl(const double* base, size_t t, double* xs, double* ys) {
   size_t i = 0, m = 0;
   const double* const pb = base + t * kPointStride;
@@ -222,6 +281,8 @@ HWY_EXPORT(CircleDistancesImpl);
 HWY_EXPORT(SumSquaresBelowImpl);
 HWY_EXPORT(CircleStepSumsImpl);
 HWY_EXPORT(CircleCentresImpl);
+HWY_EXPORT(RoughDoubledAnglesImpl);
+HWY_EXPORT(LineOffsetsImpl);
 
 size_t Bracket(const double* values, size_t n, double lo, double hi, double* inside,
                size_t* below) {
@@ -239,6 +300,14 @@ void CircleDistances(const double* base, size_t n, double cx, double cy, double 
 
 double SumSquaresBelow(const double* values, size_t n, double cut, size_t* counted) {
   return HWY_DYNAMIC_DISPATCH(SumSquaresBelowImpl)(values, n, cut, counted);
+}
+
+size_t RoughDoubledAngles(const double* base, size_t t, double* c2, double* s2) {
+  return HWY_DYNAMIC_DISPATCH(RoughDoubledAnglesImpl)(base, t, c2, s2);
+}
+
+bool LineOffsets(const double* base, size_t n, double nx, double ny, double* offsets) {
+  return HWY_DYNAMIC_DISPATCH(LineOffsetsImpl)(base, n, nx, ny, offsets);
 }
 
 size_t CircleCentres(const double* base, size_t t, double* xs, double* ys) {

@@ -47,6 +47,24 @@ void CircleDistances(const double* base, size_t n, double cx, double cy, double 
 // (so not rounded as a sum in input order would be), and their count in *counted.
 double SumSquaresBelow(const double* values, size_t n, double cut, size_t* counted);
 
+// The line's rough start: the doubled-angle unit vector (cos 2a, sin 2a) of the step
+// (dx, dy), false where it has none; and, for the steps between points i and i + t,
+// i < t, the same with sqrt(dx² + dy²) for the length (so within a few units in the
+// last place of it), for every i. Returns how many steps lie outside the range where
+// that holds (a squared length beyond 2^±960, NaN); their entries are not meaningful.
+inline bool DoubledAngle(double dx, double dy, double* c2, double* s2) {
+  const double len = std::hypot(dx, dy);
+  const double ux = dx / len, uy = dy / len;
+  if (!(len > 0) || !std::isfinite(ux) || !std::isfinite(uy)) return false;
+  *c2 = ux * ux - uy * uy;
+  *s2 = 2 * ux * uy;
+  return true;
+}
+size_t RoughDoubledAngles(const double* base, size_t t, double* c2, double* s2);
+
+// offsets[i] = nx x + ny y of point i; whether none is NaN.
+bool LineOffsets(const double* base, size_t n, double nx, double ny, double* offsets);
+
 // The circle's rough start: for i < t, the centre of the circle through points i,
 // i + t and i + 2t (as CircleCentre computes it), packed into xs and ys in input order
 // where both coordinates are finite; returns their count. xs and ys have room for t.

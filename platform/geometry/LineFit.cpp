@@ -103,6 +103,29 @@ void FinishFit(SKept* kept) {
 
 namespace {
 
+// The k-th smallest (KthSmallest's k) of values exact(0 .. n - 1) from approximations
+// rough[i] within kRoughAngle of them: with q the k-th smallest rough value, the exact
+// one lies within kRoughAngle of q, every value whose rough one is below q - 2
+// kRoughAngle is below it and every one above q + 2 kRoughAngle above it, so it is
+// the (k - those below)-th of the exact values of the rest, which are few.
+// kRoughAngle: far beyond the few units of 2^-53 that the doubled-angle components
+// (in [-1, 1]) of hypot's and of sqrt's length differ by.
+constexpr double kRoughAngle = 0x1p-36;
+
+template <class Exact>
+double ExactKth(const double* rough, size_t n, size_t k, Exact exact, std::vector<double>& work) {
+  const double q = KthSmallest(rough, n, k, work);
+  const double lo = q - 2 * kRoughAngle, hi = q + 2 * kRoughAngle;
+  size_t below = 0;
+  std::vector<double> near;
+  for (size_t i = 0; i < n; ++i) {
+    below += rough[i] < lo;
+    if (rough[i] >= lo && rough[i] <= hi) near.push_back(exact(i));
+  }
+  std::nth_element(near.begin(), near.begin() + static_cast<ptrdiff_t>(k - below), near.end());
+  return near[k - below];
+}
+
 struct SLineModel {
   static constexpr size_t kMinPoints = 2;
   CZetLine line;
@@ -128,27 +151,51 @@ struct SLineModel {
     const size_t half = n / 2;
     std::vector<double>& c2 = scratch.first;
     std::vector<double>& s2 = scratch.second;
-    c2.clear(), s2.clear();
-    for (size_t i = 0; i < half; ++i) {
-      const double dx = points[i + half].x - points[i].x, dy = points[i + half].y - points[i].y;
-      const double len = std::hypot(dx, dy);
-      const double ux = dx / len, uy = dy / len;
-      if (!(len > 0) || !std::isfinite(ux) || !std::isfinite(uy)) continue;
-      c2.push_back(ux * ux - uy * uy);
-      s2.push_back(2 * ux * uy);
+    if (c2.size() < n) c2.resize(n);  // grown, never shrunk: resizing clears
+    if (s2.size() < half) s2.resize(half);
+    const double* base = PointsAsDoubles(points);
+    const auto step = [points, half](size_t i, double* c, double* s) {
+      return DoubledAngle(points[i + half].x - points[i].x, points[i + half].y - points[i].y, c,
+                          s);
+    };
+    double mc = 0, ms = 0;
+    if (base && half > 0 && RoughDoubledAngles(base, half, c2.data(), s2.data()) == 0) {
+      // Every step has a direction, within a few units in the last place of the exact
+      // one (of hypot's length): the medians of those narrow down which steps' exact
+      // values decide.
+      const auto c = [&](size_t i) {
+        double ci = 0, si = 0;
+        step(i, &ci, &si);
+        return ci;
+      };
+      const auto s = [&](size_t i) {
+        double ci = 0, si = 0;
+        step(i, &ci, &si);
+        return si;
+      };
+      ms = ExactKth(s2.data(), half, half / 2, s, scratch.work);
+      mc = ExactKth(c2.data(), half, half / 2, c, scratch.work);
+    } else {
+      size_t m = 0;
+      for (size_t i = 0; i < half; ++i) m += step(i, &c2[m], &s2[m]);
+      if (m == 0) return false;
+      ms = KthSmallest(s2.data(), m, m / 2, scratch.work);
+      mc = KthSmallest(c2.data(), m, m / 2, scratch.work);
     }
-    if (c2.empty()) return false;
-    const double a = 0.5 * std::atan2(Median(s2), Median(c2));
+    const double a = 0.5 * std::atan2(ms, mc);
     CZetLine l(a, 0);
     CZetGeometry::NormalizeLine(&l);
     nx = -std::sin(l.a), ny = std::cos(l.a);
     std::vector<double>& offsets = scratch.first;
-    offsets.resize(n);
-    for (size_t i = 0; i < n; ++i) {
-      offsets[i] = nx * points[i].x + ny * points[i].y;
-      if (std::isnan(offsets[i])) return false;
+    if (base) {
+      if (!LineOffsets(base, n, nx, ny, offsets.data())) return false;
+    } else {
+      for (size_t i = 0; i < n; ++i) {
+        offsets[i] = nx * points[i].x + ny * points[i].y;
+        if (std::isnan(offsets[i])) return false;
+      }
     }
-    line = CZetLine(l.a, Median(offsets) + 0.0);
+    line = CZetLine(l.a, KthSmallest(offsets.data(), n, n / 2, scratch.work) + 0.0);
     return std::isfinite(line.d);
   }
   double Signed(const CZetPoint& p) const { return nx * p.x + ny * p.y - line.d; }
