@@ -86,20 +86,23 @@ struct SMoments {
   }
 };
 
-// Sums in two interleaved sets, so that the additions do not wait on one another.
+// Sums in two interleaved sets, so that the additions do not wait on one another. The
+// frame's coordinates are those of SFrame::ToFrame, in plain doubles: a point object
+// made and destroyed per point cost as much as the sums.
 template <class At>
 SMoments Accumulate(const CZetPoint* points, size_t m, At at, const SFrame& f) {
   SMoments a, b;
+  const double ox = f.origin.x, oy = f.origin.y, s = f.invScale;
+  const auto add = [&](SMoments& t, const CZetPoint& p) {
+    const double x = (p.x - ox) * s, y = (p.y - oy) * s;
+    t.sx += x, t.sy += y, t.sxx += x * x, t.syy += y * y, t.sxy += x * y;
+  };
   size_t i = 0;
   for (; i + 1 < m; i += 2) {
-    const CZetPoint p = f.ToFrame(points[at(i)]), q = f.ToFrame(points[at(i + 1)]);
-    a.sx += p.x, a.sy += p.y, a.sxx += p.x * p.x, a.syy += p.y * p.y, a.sxy += p.x * p.y;
-    b.sx += q.x, b.sy += q.y, b.sxx += q.x * q.x, b.syy += q.y * q.y, b.sxy += q.x * q.y;
+    add(a, points[at(i)]);
+    add(b, points[at(i + 1)]);
   }
-  if (i < m) {
-    const CZetPoint p = f.ToFrame(points[at(i)]);
-    a.sx += p.x, a.sy += p.y, a.sxx += p.x * p.x, a.syy += p.y * p.y, a.sxy += p.x * p.y;
-  }
+  if (i < m) add(a, points[at(i)]);
   return {a.sx + b.sx, a.sy + b.sy, a.sxx + b.sxx, a.syy + b.syy, a.sxy + b.sxy};
 }
 
