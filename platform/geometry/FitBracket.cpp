@@ -47,6 +47,34 @@ size_t BracketImpl(const double* values, size_t n, double lo, double hi, double*
   return m;
 }
 
+size_t BracketIndexesImpl(const double* values, size_t n, double lo, double hi,
+                          uint32_t* inside, size_t* below) {
+  size_t i = 0, m = 0, under = 0;
+  const auto scalar = [&](size_t j) {
+    const double v = values[j];
+    under += v < lo;
+    inside[m] = static_cast<uint32_t>(j);
+    m += (v >= lo) & (v <= hi);
+  };
+#if HWY_TARGET != HWY_SCALAR
+  const hn::ScalableTag<double> d;
+  const size_t lanes = hn::Lanes(d);
+  const auto vlo = hn::Set(d, lo), vhi = hn::Set(d, hi);
+  for (; i + lanes <= n; i += lanes) {
+    const auto v = hn::LoadU(d, values + i);
+    const auto in = hn::And(hn::Ge(v, vlo), hn::Le(v, vhi));
+    if (hn::AllFalse(d, in)) {
+      under += hn::CountTrue(d, hn::Lt(v, vlo));
+    } else {
+      for (size_t j = i; j < i + lanes; ++j) scalar(j);
+    }
+  }
+#endif
+  for (; i < n; ++i) scalar(i);
+  *below = under;
+  return m;
+}
+
 void LineDistancesImpl(const double* base, size_t n, double nx, double ny, double off,
                        double* out) {
   size_t i = 0;
@@ -276,6 +304,7 @@ HWY_AFTER_NAMESPACE();
 namespace zet::geometry {
 
 HWY_EXPORT(BracketImpl);
+HWY_EXPORT(BracketIndexesImpl);
 HWY_EXPORT(LineDistancesImpl);
 HWY_EXPORT(CircleDistancesImpl);
 HWY_EXPORT(SumSquaresBelowImpl);
@@ -287,6 +316,11 @@ HWY_EXPORT(LineOffsetsImpl);
 size_t Bracket(const double* values, size_t n, double lo, double hi, double* inside,
                size_t* below) {
   return HWY_DYNAMIC_DISPATCH(BracketImpl)(values, n, lo, hi, inside, below);
+}
+
+size_t BracketIndexes(const double* values, size_t n, double lo, double hi, uint32_t* inside,
+                      size_t* below) {
+  return HWY_DYNAMIC_DISPATCH(BracketIndexesImpl)(values, n, lo, hi, inside, below);
 }
 
 void LineDistances(const double* base, size_t n, double nx, double ny, double d, double* out) {

@@ -5,6 +5,7 @@
 
 #include <cmath>
 #include <cstddef>
+#include <cstdint>
 
 namespace zet::geometry {
 
@@ -13,6 +14,11 @@ namespace zet::geometry {
 // values and does not overlap `values`; no value is NaN.
 size_t Bracket(const double* values, size_t n, double lo, double hi, double* inside,
                size_t* below);
+
+// Bracket's count, with the indexes of the values in [lo, hi] (for brackets that
+// hold few) packed into inside[0 .. returned count - 1]; `inside` has room for n.
+size_t BracketIndexes(const double* values, size_t n, double lo, double hi, uint32_t* inside,
+                      size_t* below);
 
 // The point layout the distance passes read: each point three doubles apart, its x one
 // double and its y two doubles from its start (the first is the object's own header,

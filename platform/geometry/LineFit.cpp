@@ -113,15 +113,14 @@ namespace {
 constexpr double kRoughAngle = 0x1p-36;
 
 template <class Exact>
-double ExactKth(const double* rough, size_t n, size_t k, Exact exact, std::vector<double>& work) {
-  const double q = KthSmallest(rough, n, k, work);
+double ExactKth(const double* rough, size_t n, size_t k, Exact exact, SFitScratch& scratch) {
+  const double q = KthSmallest(rough, n, k, scratch.work);
   const double lo = q - 2 * kRoughAngle, hi = q + 2 * kRoughAngle;
+  if (scratch.near.size() < n) scratch.near.resize(n);
   size_t below = 0;
-  std::vector<double> near;
-  for (size_t i = 0; i < n; ++i) {
-    below += rough[i] < lo;
-    if (rough[i] >= lo && rough[i] <= hi) near.push_back(exact(i));
-  }
+  const size_t m = BracketIndexes(rough, n, lo, hi, scratch.near.data(), &below);
+  std::vector<double> near(m);
+  for (size_t j = 0; j < m; ++j) near[j] = exact(scratch.near[j]);
   std::nth_element(near.begin(), near.begin() + static_cast<ptrdiff_t>(k - below), near.end());
   return near[k - below];
 }
@@ -173,8 +172,8 @@ struct SLineModel {
         step(i, &ci, &si);
         return si;
       };
-      ms = ExactKth(s2.data(), half, half / 2, s, scratch.work);
-      mc = ExactKth(c2.data(), half, half / 2, c, scratch.work);
+      ms = ExactKth(s2.data(), half, half / 2, s, scratch);
+      mc = ExactKth(c2.data(), half, half / 2, c, scratch);
     } else {
       size_t m = 0;
       for (size_t i = 0; i < half; ++i) m += step(i, &c2[m], &s2[m]);
