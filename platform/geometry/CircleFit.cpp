@@ -42,6 +42,13 @@ struct SCircleModel {
     if (const double* base = PointsAsDoubles(points)) return CircleDistances(base, n, cx, cy, r, out);
     for (size_t i = 0; i < n; ++i) out[i] = Distance(points[i]);
   }
+  size_t DistancesBracket(const CZetPoint* points, size_t n, double* out, double lo, double hi,
+                          double* inside, size_t* below) const {
+    if (const double* base = PointsAsDoubles(points))
+      return CircleDistancesBracket(base, n, cx, cy, r, out, lo, hi, inside, below);
+    Distances(points, n, out);
+    return Bracket(out, n, lo, hi, inside, below);
+  }
 
   unsigned Fit(const CZetPoint* points, const uint32_t* idx, size_t m) {
     return WithIndex(idx, [&](auto at) { return FitAt(points, m, at); });

@@ -75,55 +75,77 @@ size_t BracketIndexesImpl(const double* values, size_t n, double lo, double hi,
   return m;
 }
 
-void LineDistancesImpl(const double* base, size_t n, double nx, double ny, double off,
-                       double* out) {
-  size_t i = 0;
+// The distances of the points from a line (kCircle false: a = nx, b = ny, c = the
+// offset) or a circle (a, b = the centre, c = the radius) into out; with kBracket,
+// also Bracket's count and packing of them.
+template <bool kCircle, bool kBracket>
+size_t DistancesPass(const double* base, size_t n, double a, double b, double c, double* out,
+                     double lo, double hi, double* inside, size_t* below) {
+  size_t i = 0, m = 0, under = 0;
+  const auto scalar = [&](size_t j) {
+    const double* p = base + j * kPointStride;
+    const double v = kCircle ? CircleDistance(p[1], p[2], a, b, c) : LineDistance(p[1], p[2], a, b, c);
+    out[j] = v;
+    if (kBracket) {
+      under += v < lo;
+      inside[m] = v;
+      m += (v >= lo) & (v <= hi);
+    }
+  };
 #if HWY_TARGET != HWY_SCALAR
   const hn::ScalableTag<double> d;
   const size_t lanes = hn::Lanes(d);
-  const auto vnx = hn::Set(d, nx), vny = hn::Set(d, ny), voff = hn::Set(d, off);
+  const auto va = hn::Set(d, a), vb = hn::Set(d, b), vc = hn::Set(d, c);
   const auto zero = hn::Zero(d), inf = hn::Set(d, INFINITY);
+  const auto vlo = hn::Set(d, lo), vhi = hn::Set(d, hi);
+  // CompressStore may write a whole vector from inside + m; m <= i keeps that within n.
   for (; i + lanes <= n; i += lanes) {
-    hn::Vec<decltype(d)> head, x, y;
+    hn::Vec<decltype(d)> head, x, y, e;
     hn::LoadInterleaved3(d, base + i * kPointStride, head, x, y);
-    const auto e = hn::Abs(hn::Sub(hn::Add(hn::Mul(vnx, x), hn::Mul(vny, y)), voff));
-    hn::StoreU(hn::IfThenElse(hn::Ge(e, zero), e, inf), d, out + i);
+    if (kCircle) {
+      const auto dx = hn::Sub(x, va), dy = hn::Sub(y, vb);
+      const auto sq = hn::Add(hn::Mul(dx, dx), hn::Mul(dy, dy));
+      if (!hn::AllTrue(d, hn::IsFinite(sq))) {  // overflowing squares: Length's other way
+        for (size_t j = i; j < i + lanes; ++j) scalar(j);
+        continue;
+      }
+      e = hn::Abs(hn::Sub(hn::Sqrt(sq), vc));
+    } else {
+      e = hn::Abs(hn::Sub(hn::Add(hn::Mul(va, x), hn::Mul(vb, y)), vc));
+    }
+    e = hn::IfThenElse(hn::Ge(e, zero), e, inf);
+    hn::StoreU(e, d, out + i);
+    if (kBracket) {
+      under += hn::CountTrue(d, hn::Lt(e, vlo));
+      m += hn::CompressStore(e, hn::And(hn::Ge(e, vlo), hn::Le(e, vhi)), d, inside + m);
+    }
   }
 #endif
-  for (; i < n; ++i) {
-    const double* p = base + i * kPointStride;
-    out[i] = LineDistance(p[1], p[2], nx, ny, off);
-  }
+  for (; i < n; ++i) scalar(i);
+  if (kBracket) *below = under;
+  return m;
+}
+
+void LineDistancesImpl(const double* base, size_t n, double nx, double ny, double off,
+                       double* out) {
+  DistancesPass<false, false>(base, n, nx, ny, off, out, 0, 0, nullptr, nullptr);
 }
 
 void CircleDistancesImpl(const double* base, size_t n, double cx, double cy, double r,
                          double* out) {
-  size_t i = 0;
-#if HWY_TARGET != HWY_SCALAR
-  const hn::ScalableTag<double> d;
-  const size_t lanes = hn::Lanes(d);
-  const auto vcx = hn::Set(d, cx), vcy = hn::Set(d, cy), vr = hn::Set(d, r);
-  const auto zero = hn::Zero(d), inf = hn::Set(d, INFINITY);
-  for (; i + lanes <= n; i += lanes) {
-    hn::Vec<decltype(d)> head, x, y;
-    hn::LoadInterleaved3(d, base + i * kPointStride, head, x, y);
-    const auto dx = hn::Sub(x, vcx), dy = hn::Sub(y, vcy);
-    const auto s = hn::Add(hn::Mul(dx, dx), hn::Mul(dy, dy));
-    if (!hn::AllTrue(d, hn::IsFinite(s))) {  // overflowing squares: Length's other way
-      for (size_t j = i; j < i + lanes; ++j) {
-        const double* p = base + j * kPointStride;
-        out[j] = CircleDistance(p[1], p[2], cx, cy, r);
-      }
-      continue;
-    }
-    const auto e = hn::Abs(hn::Sub(hn::Sqrt(s), vr));
-    hn::StoreU(hn::IfThenElse(hn::Ge(e, zero), e, inf), d, out + i);
-  }
-#endif
-  for (; i < n; ++i) {
-    const double* p = base + i * kPointStride;
-    out[i] = CircleDistance(p[1], p[2], cx, cy, r);
-  }
+  DistancesPass<true, false>(base, n, cx, cy, r, out, 0, 0, nullptr, nullptr);
+}
+
+size_t LineDistancesBracketImpl(const double* base, size_t n, double nx, double ny, double off,
+                                double* out, double lo, double hi, double* inside,
+                                size_t* below) {
+  return DistancesPass<false, true>(base, n, nx, ny, off, out, lo, hi, inside, below);
+}
+
+size_t CircleDistancesBracketImpl(const double* base, size_t n, double cx, double cy, double r,
+                                  double* out, double lo, double hi, double* inside,
+                                  size_t* below) {
+  return DistancesPass<true, true>(base, n, cx, cy, r, out, lo, hi, inside, below);
 }
 
 double SumSquaresBelowImpl(const double* values, size_t n, double cut, size_t* counted) {
@@ -307,6 +329,8 @@ HWY_EXPORT(BracketImpl);
 HWY_EXPORT(BracketIndexesImpl);
 HWY_EXPORT(LineDistancesImpl);
 HWY_EXPORT(CircleDistancesImpl);
+HWY_EXPORT(LineDistancesBracketImpl);
+HWY_EXPORT(CircleDistancesBracketImpl);
 HWY_EXPORT(SumSquaresBelowImpl);
 HWY_EXPORT(CircleStepSumsImpl);
 HWY_EXPORT(CircleCentresImpl);
@@ -330,6 +354,19 @@ void LineDistances(const double* base, size_t n, double nx, double ny, double d,
 void CircleDistances(const double* base, size_t n, double cx, double cy, double r,
                      double* out) {
   HWY_DYNAMIC_DISPATCH(CircleDistancesImpl)(base, n, cx, cy, r, out);
+}
+
+size_t LineDistancesBracket(const double* base, size_t n, double nx, double ny, double d,
+                            double* out, double lo, double hi, double* inside, size_t* below) {
+  return HWY_DYNAMIC_DISPATCH(LineDistancesBracketImpl)(base, n, nx, ny, d, out, lo, hi, inside,
+                                                        below);
+}
+
+size_t CircleDistancesBracket(const double* base, size_t n, double cx, double cy, double r,
+                              double* out, double lo, double hi, double* inside,
+                              size_t* below) {
+  return HWY_DYNAMIC_DISPATCH(CircleDistancesBracketImpl)(base, n, cx, cy, r, out, lo, hi,
+                                                          inside, below);
 }
 
 double SumSquaresBelow(const double* values, size_t n, double cut, size_t* counted) {

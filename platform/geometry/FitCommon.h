@@ -149,6 +149,45 @@ unsigned FitLine(const CZetPoint* points, size_t n, unsigned percent, CZetLine* 
 // runs on a few per cent of them; `work` is scratch.
 double KthSmallest(const double* values, size_t n, size_t k, std::vector<double>& work);
 
+// The parts of KthSmallest. Below kNarrowFrom values, or when the sample's bracket
+// misses k, the whole set (WholeKth, into w).
+inline constexpr size_t kNarrowFrom = 2048;
+inline double WholeKth(const double* values, size_t n, size_t k, double* w) {
+  std::copy(values, values + n, w);
+  std::nth_element(w, w + k, w + n);
+  return w[k];
+}
+// A sample of s = (2n)^(2/3) values, one from each run of `every` at a position within
+// it that a fixed pseudo-random sequence picks, so that data with a period (every fifth
+// point an outlier) cannot bias it; s balances the selection in the sample against the
+// one in the bracket. The sample ranks k s / n -/+ three standard deviations of the
+// sample rank (sqrt(s) / 2 at most) bracket the k-th value: [*lo, *hi]. value(i) is
+// the i-th value; w has room for n.
+template <class Value>
+void SampleBracket(size_t n, size_t k, Value value, double* w, double* lo, double* hi) {
+  const size_t every = std::max<size_t>(2, static_cast<size_t>(std::cbrt(n / 4.0)));
+  const size_t s = n / every;
+  uint32_t state = 0x9E3779B9u;
+  for (size_t j = 0; j < s; ++j) {
+    state = state * 1664525u + 1013904223u;  // the multiplier and increment of a full-period LCG
+    w[j] = value(j * every + ((state >> 16) * every >> 16));
+  }
+  const size_t centre = std::min(s - 1, k / every);
+  const size_t spread = static_cast<size_t>(1.5 * std::sqrt(static_cast<double>(s))) + 8;
+  const size_t rlo = centre > spread ? centre - spread : 0, rhi = std::min(s - 1, centre + spread);
+  std::nth_element(w, w + rhi, w + s);
+  *hi = rhi == s - 1 ? INFINITY : w[rhi];
+  std::nth_element(w, w + rlo, w + rhi);
+  *lo = rlo == 0 ? -INFINITY : w[rlo];
+}
+// From Bracket's count below the bracket and its m values packed in w.
+inline double BracketKth(const double* values, size_t n, size_t k, double* w, size_t below,
+                         size_t m) {
+  if (k < below || k >= below + m) return WholeKth(values, n, k, w);
+  std::nth_element(w, w + (k - below), w + m);
+  return w[k - below];
+}
+
 // The median of values[0 .. n - 1] (the upper one for even n); the values must not
 // be NaN. Uses the scratch's `work`.
 double Median(const std::vector<double>& values);
@@ -168,6 +207,26 @@ template <class Model>
 void Distances(const Model& model, const CZetPoint* points, size_t n, std::vector<double>& out) {
   out.resize(n);
   model.Distances(points, n, out.data());
+}
+
+// Distances, and the k-th smallest of them as KthSmallest gives it; in large sets
+// the sample's distances are measured first, so that one pass over the points also
+// brackets the k-th.
+template <class Model>
+double DistancesKth(const Model& model, const CZetPoint* points, size_t n, size_t k,
+                    std::vector<double>& dist, std::vector<double>& work) {
+  dist.resize(n);
+  if (n < kNarrowFrom) {
+    model.Distances(points, n, dist.data());
+    return KthSmallest(dist.data(), n, k, work);
+  }
+  if (work.size() < n) work.resize(n);
+  double* const w = work.data();
+  double lo = 0, hi = 0;
+  SampleBracket(n, k, [&](size_t i) { return model.Distance(points[i]); }, w, &lo, &hi);
+  size_t below = 0;
+  const size_t m = model.DistancesBracket(points, n, dist.data(), lo, hi, w, &below);
+  return BracketKth(dist.data(), n, k, w, below, m);
 }
 
 inline constexpr int kTrimSteps = 4;           // k/2, 3k/4, 7k/8, k
@@ -222,9 +281,10 @@ class TTrimmer {
   // When a step fails, the trimmed fit stands.
   void Reselect(Model& model) {
     std::vector<double>& dist = m_dist;
-    if (!m_fresh) Distances(model, m_points, m_n, dist);
+    const double median = m_fresh ? KthSmallest(dist.data(), m_n, m_n / 2, m_work)
+                                  : DistancesKth(model, m_points, m_n, m_n / 2, dist, m_work);
     m_fresh = false;
-    const double cut = kReweightCut * 1.4826 * KthSmallest(dist.data(), m_n, m_n / 2, m_work);
+    const double cut = kReweightCut * 1.4826 * median;
     if (!(cut > 0) || !std::isfinite(cut)) return;  // an exact fit, or no scale
     std::vector<uint32_t>& near = m_near;
     near.resize(m_n);
@@ -255,9 +315,12 @@ class TTrimmer {
   // model's fit, for the next step or Reselect.
   unsigned Step(Model& model, size_t t, bool* changed) {
     const size_t keep = m_n - t;
-    if (!m_fresh) Distances(model, m_points, m_n, m_dist);
+    double cut = 0;
+    if (!m_fresh)
+      cut = DistancesKth(model, m_points, m_n, keep - 1, m_dist, m_work);
+    else
+      cut = m_cutKnown && t == m_k ? m_cut : KthSmallest(m_dist.data(), m_n, keep - 1, m_work);
     const double* dist = m_dist.data();
-    const double cut = m_cutKnown && t == m_k ? m_cut : KthSmallest(dist, m_n, keep - 1, m_work);
     m_fresh = true;
     m_cutKnown = false;
     // Every point at or below the cut: the set, unless more lie at the cut than the set
@@ -328,8 +391,7 @@ inline double TrimmedCostInOrder(const double* dist, size_t n, size_t k, double 
 template <class Model>
 double QuickTrimmedCost(const CZetPoint* points, size_t n, size_t k, const Model& model,
                         std::vector<double>& dist, std::vector<double>& work, double* distCut) {
-  Distances(model, points, n, dist);
-  *distCut = KthSmallest(dist.data(), n, n - k - 1, work);
+  *distCut = DistancesKth(model, points, n, n - k - 1, dist, work);
   const double cut = *distCut * *distCut;
   size_t counted = 0;
   const double sum = SumSquaresBelow(dist.data(), n, cut, &counted);

@@ -41,42 +41,15 @@ void SplitPoints(const CZetPoint* points, size_t n, const SKept* kept, CZetPoint
 }
 
 double KthSmallest(const double* values, size_t n, size_t k, std::vector<double>& work) {
-  // Below this many values, or when the sample's bracket misses k, the whole set.
-  constexpr size_t kNarrowFrom = 2048;
   // Grown, never shrunk: resizing up again would clear the memory each time.
   if (work.size() < n) work.resize(n);
   double* const w = work.data();
-  const auto whole = [&] {
-    std::copy(values, values + n, w);
-    std::nth_element(w, w + k, w + n);
-    return w[k];
-  };
-  if (n < kNarrowFrom) return whole();
-  // A sample of s = (2n)^(2/3) values, one from each run of `every` at a position
-  // within it that a fixed pseudo-random sequence picks, so that data with a period
-  // (every fifth point an outlier) cannot bias it; s balances the selection in the
-  // sample against the one in the bracket. The sample ranks k s / n -/+ three standard
-  // deviations of the sample rank (sqrt(s) / 2 at most) bracket the k-th value.
-  const size_t every = std::max<size_t>(2, static_cast<size_t>(std::cbrt(n / 4.0)));
-  const size_t s = n / every;
-  uint32_t state = 0x9E3779B9u;
-  for (size_t j = 0; j < s; ++j) {
-    state = state * 1664525u + 1013904223u;  // the multiplier and increment of a full-period LCG
-    w[j] = values[j * every + ((state >> 16) * every >> 16)];
-  }
-  const size_t centre = std::min(s - 1, k / every);
-  const size_t spread = static_cast<size_t>(1.5 * std::sqrt(static_cast<double>(s))) + 8;
-  const size_t rlo = centre > spread ? centre - spread : 0, rhi = std::min(s - 1, centre + spread);
-  std::nth_element(w, w + rhi, w + s);
-  const double hi = rhi == s - 1 ? INFINITY : w[rhi];
-  std::nth_element(w, w + rlo, w + rhi);
-  const double lo = rlo == 0 ? -INFINITY : w[rlo];
-  // Count what lies below the bracket; keep what lies in it.
+  if (n < kNarrowFrom) return WholeKth(values, n, k, w);
+  double lo = 0, hi = 0;
+  SampleBracket(n, k, [values](size_t i) { return values[i]; }, w, &lo, &hi);
   size_t below = 0;
   const size_t m = Bracket(values, n, lo, hi, w, &below);
-  if (k < below || k >= below + m) return whole();
-  std::nth_element(w, w + (k - below), w + m);
-  return w[k - below];
+  return BracketKth(values, n, k, w, below, m);
 }
 
 double Median(const std::vector<double>& values) {
@@ -202,6 +175,13 @@ struct SLineModel {
   void Distances(const CZetPoint* points, size_t n, double* out) const {
     if (const double* base = PointsAsDoubles(points)) return LineDistances(base, n, nx, ny, line.d, out);
     for (size_t i = 0; i < n; ++i) out[i] = Distance(points[i]);
+  }
+  size_t DistancesBracket(const CZetPoint* points, size_t n, double* out, double lo, double hi,
+                          double* inside, size_t* below) const {
+    if (const double* base = PointsAsDoubles(points))
+      return LineDistancesBracket(base, n, nx, ny, line.d, out, lo, hi, inside, below);
+    Distances(points, n, out);
+    return Bracket(out, n, lo, hi, inside, below);
   }
 };
 
