@@ -18,24 +18,24 @@ bool AnyNonFinite(const CZetPoint* points, size_t n) {
 void SplitPoints(const CZetPoint* points, size_t n, const SKept* kept, CZetPointVector* used,
                  CZetPointVector* outliers) {
   const size_t m = kept ? kept->Count(n) : 0;
-  if (used) {
-    used->Resize(static_cast<unsigned>(m));
-    if (kept && kept->all) {
-      std::copy(points, points + n, used->GetStorage());
-    } else {
-      for (size_t j = 0; j < m; ++j) (*used)[static_cast<unsigned>(j)] = points[kept->idx[j]];
-    }
+  if (used) used->Resize(static_cast<unsigned>(m));
+  if (outliers) outliers->Resize(kept ? static_cast<unsigned>(n - m) : 0u);
+  if (!kept) return;
+  if (kept->all) {
+    if (used) std::copy(points, points + n, used->GetStorage());
+    return;
   }
-  if (outliers) {
-    outliers->Resize(kept ? static_cast<unsigned>(n - m) : 0u);
-    if (kept && !kept->all) {
-      size_t j = 0, o = 0;
-      for (size_t i = 0; i < n; ++i) {
-        if (j < m && kept->idx[j] == i)
-          ++j;
-        else
-          (*outliers)[static_cast<unsigned>(o++)] = points[i];
-      }
+  // One pass over the input hands each point to its list.
+  CZetPoint* const u = used ? used->GetStorage() : nullptr;
+  CZetPoint* const o = outliers ? outliers->GetStorage() : nullptr;
+  const uint32_t* const idx = kept->idx.data();
+  size_t j = 0;
+  for (size_t i = 0; i < n; ++i) {
+    if (j < m && idx[j] == i) {
+      if (u) u[j] = points[i];
+      ++j;
+    } else if (o) {
+      o[i - j] = points[i];
     }
   }
 }
