@@ -43,10 +43,12 @@ struct SCircleModel {
     for (size_t i = 0; i < n; ++i) out[i] = Distance(points[i]);
   }
   size_t DistancesBracket(const CZetPoint* points, size_t n, double* out, double lo, double hi,
-                          double* inside, size_t* below) const {
+                          double* inside, size_t* below, double* squares) const {
     if (const double* base = PointsAsDoubles(points))
-      return CircleDistancesBracket(base, n, cx, cy, r, out, lo, hi, inside, below);
+      return CircleDistancesBracket(base, n, cx, cy, r, out, lo, hi, inside, below, squares);
     Distances(points, n, out);
+    *squares = 0;
+    for (size_t i = 0; i < n; ++i) *squares += out[i] < lo ? out[i] * out[i] : 0.0;
     return Bracket(out, n, lo, hi, inside, below);
   }
 

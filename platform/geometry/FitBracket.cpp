@@ -77,17 +77,19 @@ size_t BracketIndexesImpl(const double* values, size_t n, double lo, double hi,
 
 // The distances of the points from a line (kCircle false: a = nx, b = ny, c = the
 // offset) or a circle (a, b = the centre, c = the radius) into out; with kBracket,
-// also Bracket's count and packing of them.
+// also Bracket's count and packing of them, and the squares below the bracket summed.
 template <bool kCircle, bool kBracket>
 size_t DistancesPass(const double* base, size_t n, double a, double b, double c, double* out,
-                     double lo, double hi, double* inside, size_t* below) {
+                     double lo, double hi, double* inside, size_t* below, double* squares) {
   size_t i = 0, m = 0, under = 0;
+  double sum = 0;
   const auto scalar = [&](size_t j) {
     const double* p = base + j * kPointStride;
     const double v = kCircle ? CircleDistance(p[1], p[2], a, b, c) : LineDistance(p[1], p[2], a, b, c);
     out[j] = v;
     if (kBracket) {
       under += v < lo;
+      sum += v < lo ? v * v : 0.0;
       inside[m] = v;
       m += (v >= lo) & (v <= hi);
     }
@@ -98,6 +100,7 @@ size_t DistancesPass(const double* base, size_t n, double a, double b, double c,
   const auto va = hn::Set(d, a), vb = hn::Set(d, b), vc = hn::Set(d, c);
   const auto zero = hn::Zero(d), inf = hn::Set(d, INFINITY);
   const auto vlo = hn::Set(d, lo), vhi = hn::Set(d, hi);
+  auto vsum = zero;
   // CompressStore may write a whole vector from inside + m; m <= i keeps that within n.
   for (; i + lanes <= n; i += lanes) {
     hn::Vec<decltype(d)> head, x, y, e;
@@ -116,36 +119,39 @@ size_t DistancesPass(const double* base, size_t n, double a, double b, double c,
     e = hn::IfThenElse(hn::Ge(e, zero), e, inf);
     hn::StoreU(e, d, out + i);
     if (kBracket) {
-      under += hn::CountTrue(d, hn::Lt(e, vlo));
+      const auto low = hn::Lt(e, vlo);
+      under += hn::CountTrue(d, low);
+      vsum = hn::Add(vsum, hn::IfThenElseZero(low, hn::Mul(e, e)));
       m += hn::CompressStore(e, hn::And(hn::Ge(e, vlo), hn::Le(e, vhi)), d, inside + m);
     }
   }
+  sum += hn::GetLane(hn::SumOfLanes(d, vsum));
 #endif
   for (; i < n; ++i) scalar(i);
-  if (kBracket) *below = under;
+  if (kBracket) *below = under, *squares = sum;
   return m;
 }
 
 void LineDistancesImpl(const double* base, size_t n, double nx, double ny, double off,
                        double* out) {
-  DistancesPass<false, false>(base, n, nx, ny, off, out, 0, 0, nullptr, nullptr);
+  DistancesPass<false, false>(base, n, nx, ny, off, out, 0, 0, nullptr, nullptr, nullptr);
 }
 
 void CircleDistancesImpl(const double* base, size_t n, double cx, double cy, double r,
                          double* out) {
-  DistancesPass<true, false>(base, n, cx, cy, r, out, 0, 0, nullptr, nullptr);
+  DistancesPass<true, false>(base, n, cx, cy, r, out, 0, 0, nullptr, nullptr, nullptr);
 }
 
 size_t LineDistancesBracketImpl(const double* base, size_t n, double nx, double ny, double off,
                                 double* out, double lo, double hi, double* inside,
-                                size_t* below) {
-  return DistancesPass<false, true>(base, n, nx, ny, off, out, lo, hi, inside, below);
+                                size_t* below, double* squares) {
+  return DistancesPass<false, true>(base, n, nx, ny, off, out, lo, hi, inside, below, squares);
 }
 
 size_t CircleDistancesBracketImpl(const double* base, size_t n, double cx, double cy, double r,
                                   double* out, double lo, double hi, double* inside,
-                                  size_t* below) {
-  return DistancesPass<true, true>(base, n, cx, cy, r, out, lo, hi, inside, below);
+                                  size_t* below, double* squares) {
+  return DistancesPass<true, true>(base, n, cx, cy, r, out, lo, hi, inside, below, squares);
 }
 
 double SumSquaresBelowImpl(const double* values, size_t n, double cut, size_t* counted) {
@@ -357,16 +363,17 @@ void CircleDistances(const double* base, size_t n, double cx, double cy, double 
 }
 
 size_t LineDistancesBracket(const double* base, size_t n, double nx, double ny, double d,
-                            double* out, double lo, double hi, double* inside, size_t* below) {
+                            double* out, double lo, double hi, double* inside, size_t* below,
+                            double* squares) {
   return HWY_DYNAMIC_DISPATCH(LineDistancesBracketImpl)(base, n, nx, ny, d, out, lo, hi, inside,
-                                                        below);
+                                                        below, squares);
 }
 
 size_t CircleDistancesBracket(const double* base, size_t n, double cx, double cy, double r,
                               double* out, double lo, double hi, double* inside,
-                              size_t* below) {
+                              size_t* below, double* squares) {
   return HWY_DYNAMIC_DISPATCH(CircleDistancesBracketImpl)(base, n, cx, cy, r, out, lo, hi,
-                                                          inside, below);
+                                                          inside, below, squares);
 }
 
 double SumSquaresBelow(const double* values, size_t n, double cut, size_t* counted) {

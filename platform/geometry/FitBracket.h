@@ -48,13 +48,15 @@ inline double CircleDistance(double x, double y, double cx, double cy, double r)
 void LineDistances(const double* base, size_t n, double nx, double ny, double d, double* out);
 void CircleDistances(const double* base, size_t n, double cx, double cy, double r,
                      double* out);
-// The same with Bracket's pass over out in the same pass over the points; returns the
-// bracket's count.
+// The same with Bracket's pass over out in the same pass over the points, and the sum
+// of the squares of the values below lo in *squares (in lanes); returns the bracket's
+// count.
 size_t LineDistancesBracket(const double* base, size_t n, double nx, double ny, double d,
-                            double* out, double lo, double hi, double* inside, size_t* below);
+                            double* out, double lo, double hi, double* inside, size_t* below,
+                            double* squares);
 size_t CircleDistancesBracket(const double* base, size_t n, double cx, double cy, double r,
                               double* out, double lo, double hi, double* inside,
-                              size_t* below);
+                              size_t* below, double* squares);
 
 // The sum of the squares e = v² of values[0 .. n - 1] with e < cut, in vector lanes
 // (so not rounded as a sum in input order would be), and their count in *counted.

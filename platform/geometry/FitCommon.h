@@ -212,21 +212,43 @@ void Distances(const Model& model, const CZetPoint* points, size_t n, std::vecto
 // Distances, and the k-th smallest of them as KthSmallest gives it; in large sets
 // the sample's distances are measured first, so that one pass over the points also
 // brackets the k-th.
+// With `squares`, also the sum of the squares e = v² of the distances v with e below
+// the k-th's square (some that equal it may be among them), in lanes, and how many.
+struct SSquares {
+  double sum = 0;
+  size_t count = 0;
+};
 template <class Model>
 double DistancesKth(const Model& model, const CZetPoint* points, size_t n, size_t k,
-                    std::vector<double>& dist, std::vector<double>& work) {
+                    std::vector<double>& dist, std::vector<double>& work,
+                    SSquares* squares = nullptr) {
   dist.resize(n);
+  const auto sumAll = [&](double kth) {
+    if (squares) squares->sum = SumSquaresBelow(dist.data(), n, kth * kth, &squares->count);
+    return kth;
+  };
   if (n < kNarrowFrom) {
     model.Distances(points, n, dist.data());
-    return KthSmallest(dist.data(), n, k, work);
+    return sumAll(KthSmallest(dist.data(), n, k, work));
   }
   if (work.size() < n) work.resize(n);
   double* const w = work.data();
   double lo = 0, hi = 0;
   SampleBracket(n, k, [&](size_t i) { return model.Distance(points[i]); }, w, &lo, &hi);
   size_t below = 0;
-  const size_t m = model.DistancesBracket(points, n, dist.data(), lo, hi, w, &below);
-  return BracketKth(dist.data(), n, k, w, below, m);
+  double low = 0;  // the squares below lo: below the k-th's square, or equal to it
+  const size_t m = model.DistancesBracket(points, n, dist.data(), lo, hi, w, &below, &low);
+  if (k < below || k >= below + m) return sumAll(WholeKth(dist.data(), n, k, w));
+  const double kth = BracketKth(dist.data(), n, k, w, below, m);
+  if (squares) {
+    const double cut = kth * kth;
+    squares->sum = low, squares->count = below;
+    for (size_t j = 0; j < m; ++j) {
+      const double e = w[j] * w[j];
+      if (e < cut) squares->sum += e, ++squares->count;
+    }
+  }
+  return kth;
 }
 
 inline constexpr int kTrimSteps = 4;           // k/2, 3k/4, 7k/8, k
@@ -391,11 +413,10 @@ inline double TrimmedCostInOrder(const double* dist, size_t n, size_t k, double 
 template <class Model>
 double QuickTrimmedCost(const CZetPoint* points, size_t n, size_t k, const Model& model,
                         std::vector<double>& dist, std::vector<double>& work, double* distCut) {
-  *distCut = DistancesKth(model, points, n, n - k - 1, dist, work);
+  SSquares squares;
+  *distCut = DistancesKth(model, points, n, n - k - 1, dist, work, &squares);
   const double cut = *distCut * *distCut;
-  size_t counted = 0;
-  const double sum = SumSquaresBelow(dist.data(), n, cut, &counted);
-  return sum + static_cast<double>(n - k - counted) * cut;
+  return squares.sum + static_cast<double>(n - k - squares.count) * cut;
 }
 
 // Whether cost a < cost b, both sums of the same n + 1 non-negative terms as
