@@ -39,7 +39,8 @@ struct SCircleModel {
 
   double Distance(const CZetPoint& p) const { return CircleDistance(p.x, p.y, cx, cy, r); }
   void Distances(const CZetPoint* points, size_t n, double* out) const {
-    if (const double* base = PointsAsDoubles(points)) return CircleDistances(base, n, cx, cy, r, out);
+    if (const double* base = PointsAsDoubles(points))
+      return CircleDistances(base, n, cx, cy, r, out);
     for (size_t i = 0; i < n; ++i) out[i] = Distance(points[i]);
   }
   size_t DistancesBracket(const CZetPoint* points, size_t n, double* out, double lo, double hi,

@@ -85,7 +85,8 @@ size_t DistancesPass(const double* base, size_t n, double a, double b, double c,
   double sum = 0;
   const auto scalar = [&](size_t j) {
     const double* p = base + j * kPointStride;
-    const double v = kCircle ? CircleDistance(p[1], p[2], a, b, c) : LineDistance(p[1], p[2], a, b, c);
+    const double v =
+        kCircle ? CircleDistance(p[1], p[2], a, b, c) : LineDistance(p[1], p[2], a, b, c);
     out[j] = v;
     if (kBracket) {
       under += v < lo;

@@ -37,13 +37,13 @@ struct SKept {
   size_t Count(size_t n) const { return all ? n : idx.size(); }
 };
 
-// The working memory of the fits, kept per thread from one fit to the next: a fit
-// of 10^6 points needs some 45 MB, and touching fresh pages costs more than the fit
-// itself on a virtual machine (three times the fit at 10^6 points when the memory
-// went back after each). FinishFit hands a fit's kept list back and releases the
-// memory when it outgrew kScratchKeepBytes, so that one huge fit (beyond some
-// 1.4 million points) does not hold its memory for the life of the thread; up to
-// that a thread keeps what its largest fit needed.
+// The working memory of the fits, kept per thread from one fit to the next: a fit of
+// 10^6 points needs some 40 MB (a line) to 55 MB (a circle), and touching fresh pages
+// costs more than the fit itself on a virtual machine (three times the fit at 10^6
+// points when the memory went back after each). FinishFit hands a fit's kept list back
+// and releases the memory when it outgrew kScratchKeepBytes, so that one huge fit
+// (beyond some 1.2 million points) does not hold its memory for the life of the
+// thread; up to that a thread keeps what its largest fit needed.
 struct SFitScratch {
   std::vector<double> dist, work, first, second;
   std::vector<double> frameX, frameY;  // a model's points in the frame its fit works in
@@ -458,8 +458,10 @@ unsigned TrimmedFit(const CZetPoint* points, size_t n, unsigned percent, Model& 
   // The robust start's distances stay in `first` for its first step.
   bool fromRobust = robust.RobustStart(points, n, scratch);
   if (fromRobust) {
-    const double qr = QuickTrimmedCost(points, n, k, robust, scratch.first, scratch.work, &robustCut);
-    const double qp = QuickTrimmedCost(points, n, k, model, scratch.dist, scratch.work, &plainCut);
+    const double qr =
+        QuickTrimmedCost(points, n, k, robust, scratch.first, scratch.work, &robustCut);
+    const double qp =
+        QuickTrimmedCost(points, n, k, model, scratch.dist, scratch.work, &plainCut);
     const int below = QuickCostBelow(qr, qp, n);
     fromRobust = below >= 0 ? below == 1
                             : TrimmedCostInOrder(scratch.first.data(), n, k, robustCut) <

@@ -173,7 +173,8 @@ struct SLineModel {
   double Signed(const CZetPoint& p) const { return nx * p.x + ny * p.y - line.d; }
   double Distance(const CZetPoint& p) const { return LineDistance(p.x, p.y, nx, ny, line.d); }
   void Distances(const CZetPoint* points, size_t n, double* out) const {
-    if (const double* base = PointsAsDoubles(points)) return LineDistances(base, n, nx, ny, line.d, out);
+    if (const double* base = PointsAsDoubles(points))
+      return LineDistances(base, n, nx, ny, line.d, out);
     for (size_t i = 0; i < n; ++i) out[i] = Distance(points[i]);
   }
   size_t DistancesBracket(const CZetPoint* points, size_t n, double* out, double lo, double hi,
