@@ -24,6 +24,7 @@
 #include <cmath>
 #include <cstdint>
 #include <cstring>
+#include <limits>
 #include <vector>
 
 #include "FitBracket.h"
@@ -428,7 +429,8 @@ double QuickTrimmedCost(const CZetPoint* points, size_t n, size_t k, const Model
 inline int QuickCostBelow(double qa, double qb, size_t n) {
   if (!std::isfinite(qa) || !std::isfinite(qb)) return -1;
   const double m = static_cast<double>(n) + 2;
-  const double margin = 4 * m * (DBL_EPSILON / 2) * (qa + qb) + 4 * m * DBL_TRUE_MIN;
+  const double margin = 4 * m * (DBL_EPSILON / 2) * (qa + qb) +
+                        4 * m * std::numeric_limits<double>::denorm_min();
   if (qb - qa > margin) return 1;
   if (qa - qb > margin) return 0;
   return -1;
