@@ -38,6 +38,7 @@ struct SCircleModel {
   bool fitted = false;  // cx, cy, r hold a circle
 
   double Distance(const CZetPoint& p) const { return CircleDistance(p.x, p.y, cx, cy, r); }
+  double StartShift() const { return r; }  // the radii left in scratch.first
   void Distances(const CZetPoint* points, size_t n, double* out) const {
     if (const double* base = PointsAsDoubles(points))
       return CircleDistances(base, n, cx, cy, r, out);

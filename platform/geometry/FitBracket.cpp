@@ -133,6 +133,46 @@ size_t DistancesPass(const double* base, size_t n, double a, double b, double c,
   return m;
 }
 
+size_t ShiftedDistancesImpl(const double* values, size_t n, double shift, double* out, double lo,
+                            double hi, double* inside, size_t* below, double* squares) {
+  size_t i = 0, m = 0, under = 0;
+  double sum = 0;
+  const bool pack = inside != nullptr;
+  const auto scalar = [&](size_t j) {
+    const double v = ShiftedDistance(values[j], shift);
+    out[j] = v;
+    if (pack) {
+      under += v < lo;
+      sum += v < lo ? v * v : 0.0;
+      inside[m] = v;
+      m += (v >= lo) & (v <= hi);
+    }
+  };
+#if HWY_TARGET != HWY_SCALAR
+  const hn::ScalableTag<double> d;
+  const size_t lanes = hn::Lanes(d);
+  const auto vc = hn::Set(d, shift), zero = hn::Zero(d), inf = hn::Set(d, INFINITY);
+  const auto vlo = hn::Set(d, lo), vhi = hn::Set(d, hi);
+  auto vsum = zero;
+  // CompressStore may write a whole vector from inside + m; m <= i keeps that within n.
+  for (; i + lanes <= n; i += lanes) {
+    auto e = hn::Abs(hn::Sub(hn::LoadU(d, values + i), vc));
+    e = hn::IfThenElse(hn::Ge(e, zero), e, inf);
+    hn::StoreU(e, d, out + i);
+    if (pack) {
+      const auto low = hn::Lt(e, vlo);
+      under += hn::CountTrue(d, low);
+      vsum = hn::Add(vsum, hn::IfThenElseZero(low, hn::Mul(e, e)));
+      m += hn::CompressStore(e, hn::And(hn::Ge(e, vlo), hn::Le(e, vhi)), d, inside + m);
+    }
+  }
+  sum += hn::GetLane(hn::SumOfLanes(d, vsum));
+#endif
+  for (; i < n; ++i) scalar(i);
+  if (pack) *below = under, *squares = sum;
+  return m;
+}
+
 void LineDistancesImpl(const double* base, size_t n, double nx, double ny, double off,
                        double* out) {
   DistancesPass<false, false>(base, n, nx, ny, off, out, 0, 0, nullptr, nullptr, nullptr);
@@ -335,6 +375,7 @@ namespace zet::geometry {
 HWY_EXPORT(BracketImpl);
 HWY_EXPORT(BracketIndexesImpl);
 HWY_EXPORT(LineDistancesImpl);
+HWY_EXPORT(ShiftedDistancesImpl);
 HWY_EXPORT(CircleDistancesImpl);
 HWY_EXPORT(LineDistancesBracketImpl);
 HWY_EXPORT(CircleDistancesBracketImpl);
@@ -352,6 +393,12 @@ size_t Bracket(const double* values, size_t n, double lo, double hi, double* ins
 size_t BracketIndexes(const double* values, size_t n, double lo, double hi, uint32_t* inside,
                       size_t* below) {
   return HWY_DYNAMIC_DISPATCH(BracketIndexesImpl)(values, n, lo, hi, inside, below);
+}
+
+size_t ShiftedDistances(const double* values, size_t n, double shift, double* out, double lo,
+                        double hi, double* inside, size_t* below, double* squares) {
+  return HWY_DYNAMIC_DISPATCH(ShiftedDistancesImpl)(values, n, shift, out, lo, hi, inside, below,
+                                                    squares);
 }
 
 void LineDistances(const double* base, size_t n, double nx, double ny, double d, double* out) {

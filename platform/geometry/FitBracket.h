@@ -58,6 +58,16 @@ size_t CircleDistancesBracket(const double* base, size_t n, double cx, double cy
                               double* out, double lo, double hi, double* inside,
                               size_t* below, double* squares);
 
+// |value - shift|, NaN taken as infinite; and its pass over values[0 .. n - 1] into
+// out (which may be values), with Bracket's pass and the squares below lo when
+// `inside` is not null (the count is then returned).
+inline double ShiftedDistance(double value, double shift) {
+  const double e = std::fabs(value - shift);
+  return e >= 0 ? e : INFINITY;
+}
+size_t ShiftedDistances(const double* values, size_t n, double shift, double* out, double lo,
+                        double hi, double* inside, size_t* below, double* squares);
+
 // The sum of the squares e = v² of values[0 .. n - 1] with e < cut, in vector lanes
 // (so not rounded as a sum in input order would be), and their count in *counted.
 double SumSquaresBelow(const double* values, size_t n, double cut, size_t* counted);

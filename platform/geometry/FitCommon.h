@@ -7,8 +7,11 @@
 //     // Fits points[idx[0 .. m - 1]], or points[0 .. m - 1] when idx is null.
 //     unsigned Fit(const CZetPoint* points, const uint32_t* idx, size_t m);
 //     // A rough fit of points[0 .. n - 1] that a minority of gross outliers cannot
-//     // drag (medians of fits to a few points each); false when there is none.
+//     // drag (medians of fits to a few points each); false when there is none. On
+//     // success scratch.first holds n values v with Distance(points[i]) exactly
+//     // |v[i] - StartShift()|, NaN taken as infinite.
 //     bool RobustStart(const CZetPoint* points, size_t n, SFitScratch& scratch);
+//     double StartShift() const;
 //     double Distance(const CZetPoint& p) const;   // >= 0, NaN taken as infinite
 //     // Distance of points[0 .. n - 1] into out[0 .. n - 1].
 //     void Distances(const CZetPoint* points, size_t n, double* out) const;
@@ -219,26 +222,26 @@ struct SSquares {
   double sum = 0;
   size_t count = 0;
 };
-template <class Model>
-double DistancesKth(const Model& model, const CZetPoint* points, size_t n, size_t k,
-                    std::vector<double>& dist, std::vector<double>& work,
-                    SSquares* squares = nullptr) {
-  dist.resize(n);
+// The body of DistancesKth: distance(i) measures one, all(out) every one, and
+// bracket(out, lo, hi, inside, &below, &squares) every one with Bracket's pass.
+template <class One, class All, class WithBracket>
+double MeasureKth(size_t n, size_t k, std::vector<double>& dist, std::vector<double>& work,
+                  SSquares* squares, One distance, All all, WithBracket bracket) {
   const auto sumAll = [&](double kth) {
     if (squares) squares->sum = SumSquaresBelow(dist.data(), n, kth * kth, &squares->count);
     return kth;
   };
   if (n < kNarrowFrom) {
-    model.Distances(points, n, dist.data());
+    all(dist.data());
     return sumAll(KthSmallest(dist.data(), n, k, work));
   }
   if (work.size() < n) work.resize(n);
   double* const w = work.data();
   double lo = 0, hi = 0;
-  SampleBracket(n, k, [&](size_t i) { return model.Distance(points[i]); }, w, &lo, &hi);
+  SampleBracket(n, k, distance, w, &lo, &hi);
   size_t below = 0;
   double low = 0;  // the squares below lo: below the k-th's square, or equal to it
-  const size_t m = model.DistancesBracket(points, n, dist.data(), lo, hi, w, &below, &low);
+  const size_t m = bracket(dist.data(), lo, hi, w, &below, &low);
   if (k < below || k >= below + m) return sumAll(WholeKth(dist.data(), n, k, w));
   const double kth = BracketKth(dist.data(), n, k, w, below, m);
   if (squares) {
@@ -250,6 +253,33 @@ double DistancesKth(const Model& model, const CZetPoint* points, size_t n, size_
     }
   }
   return kth;
+}
+
+template <class Model>
+double DistancesKth(const Model& model, const CZetPoint* points, size_t n, size_t k,
+                    std::vector<double>& dist, std::vector<double>& work,
+                    SSquares* squares = nullptr) {
+  dist.resize(n);
+  return MeasureKth(
+      n, k, dist, work, squares, [&](size_t i) { return model.Distance(points[i]); },
+      [&](double* out) { model.Distances(points, n, out); },
+      [&](double* out, double lo, double hi, double* inside, size_t* below, double* low) {
+        return model.DistancesBracket(points, n, out, lo, hi, inside, below, low);
+      });
+}
+
+// DistancesKth of a robust start from the values its RobustStart left in `values`,
+// whose distances are |values[i] - shift| (NaN taken as infinite), measured in place:
+// a pass over those instead of the points.
+inline double ShiftedKth(double shift, size_t n, size_t k, std::vector<double>& values,
+                         std::vector<double>& work, SSquares* squares) {
+  const double* v = values.data();
+  return MeasureKth(
+      n, k, values, work, squares, [&](size_t i) { return ShiftedDistance(v[i], shift); },
+      [&](double* out) { ShiftedDistances(v, n, shift, out, 0, 0, nullptr, nullptr, nullptr); },
+      [&](double* out, double lo, double hi, double* inside, size_t* below, double* low) {
+        return ShiftedDistances(v, n, shift, out, lo, hi, inside, below, low);
+      });
 }
 
 inline constexpr int kTrimSteps = 4;           // k/2, 3k/4, 7k/8, k
@@ -411,11 +441,14 @@ inline double TrimmedCostInOrder(const double* dist, size_t n, size_t k, double 
 
 // The same cost summed in vector lanes, which round otherwise: QuickCostBelow decides
 // from it where it can.
+// A robust start (fromStart) measures from the values RobustStart left in `dist`.
 template <class Model>
 double QuickTrimmedCost(const CZetPoint* points, size_t n, size_t k, const Model& model,
-                        std::vector<double>& dist, std::vector<double>& work, double* distCut) {
+                        bool fromStart, std::vector<double>& dist, std::vector<double>& work,
+                        double* distCut) {
   SSquares squares;
-  *distCut = DistancesKth(model, points, n, n - k - 1, dist, work, &squares);
+  *distCut = fromStart ? ShiftedKth(model.StartShift(), n, n - k - 1, dist, work, &squares)
+                       : DistancesKth(model, points, n, n - k - 1, dist, work, &squares);
   const double cut = *distCut * *distCut;
   return squares.sum + static_cast<double>(n - k - squares.count) * cut;
 }
@@ -461,9 +494,9 @@ unsigned TrimmedFit(const CZetPoint* points, size_t n, unsigned percent, Model& 
   bool fromRobust = robust.RobustStart(points, n, scratch);
   if (fromRobust) {
     const double qr =
-        QuickTrimmedCost(points, n, k, robust, scratch.first, scratch.work, &robustCut);
+        QuickTrimmedCost(points, n, k, robust, true, scratch.first, scratch.work, &robustCut);
     const double qp =
-        QuickTrimmedCost(points, n, k, model, scratch.dist, scratch.work, &plainCut);
+        QuickTrimmedCost(points, n, k, model, false, scratch.dist, scratch.work, &plainCut);
     const int below = QuickCostBelow(qr, qp, n);
     fromRobust = below >= 0 ? below == 1
                             : TrimmedCostInOrder(scratch.first.data(), n, k, robustCut) <

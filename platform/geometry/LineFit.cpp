@@ -170,6 +170,7 @@ struct SLineModel {
     line = CZetLine(l.a, KthSmallest(offsets.data(), n, n / 2, scratch.work) + 0.0);
     return std::isfinite(line.d);
   }
+  double StartShift() const { return line.d; }  // the offsets left in scratch.first
   double Signed(const CZetPoint& p) const { return nx * p.x + ny * p.y - line.d; }
   double Distance(const CZetPoint& p) const { return LineDistance(p.x, p.y, nx, ny, line.d); }
   void Distances(const CZetPoint* points, size_t n, double* out) const {
