@@ -37,13 +37,21 @@ struct SCircleModel {
   double cx = 0, cy = 0, r = 0;
   bool fitted = false;  // cx, cy, r hold a circle
 
-  double Distance(const CZetPoint& p) const { return std::fabs(Length(p.x - cx, p.y - cy) - r); }
-
-  // sqrt(dx² + dy²), or where the squares overflow (lengths beyond 1e154) the same
-  // length without them.
-  static double Length(double dx, double dy) {
-    const double s = dx * dx + dy * dy;
-    return std::isfinite(s) ? std::sqrt(s) : std::hypot(dx, dy);
+  double Distance(const CZetPoint& p) const { return CircleDistance(p.x, p.y, cx, cy, r); }
+  double StartShift() const { return r; }  // the radii left in scratch.first
+  void Distances(const CZetPoint* points, size_t n, double* out) const {
+    if (const double* base = PointsAsDoubles(points))
+      return CircleDistances(base, n, cx, cy, r, out);
+    for (size_t i = 0; i < n; ++i) out[i] = Distance(points[i]);
+  }
+  size_t DistancesBracket(const CZetPoint* points, size_t n, double* out, double lo, double hi,
+                          double* inside, size_t* below, double* squares) const {
+    if (const double* base = PointsAsDoubles(points))
+      return CircleDistancesBracket(base, n, cx, cy, r, out, lo, hi, inside, below, squares);
+    Distances(points, n, out);
+    *squares = 0;
+    for (size_t i = 0; i < n; ++i) *squares += out[i] < lo ? out[i] * out[i] : 0.0;
+    return Bracket(out, n, lo, hi, inside, below);
   }
 
   unsigned Fit(const CZetPoint* points, const uint32_t* idx, size_t m) {
@@ -57,27 +65,29 @@ struct SCircleModel {
     const size_t third = n / 3;
     std::vector<double>& xs = scratch.first;
     std::vector<double>& ys = scratch.second;
-    xs.clear(), ys.clear();
-    for (size_t i = 0; i < third; ++i) {
-      const CZetPoint& a = points[i];
-      const double bx = points[i + third].x - a.x, by = points[i + third].y - a.y;
-      const double qx = points[i + 2 * third].x - a.x, qy = points[i + 2 * third].y - a.y;
-      const double det = 2 * (bx * qy - by * qx);
-      const double b2 = bx * bx + by * by, q2 = qx * qx + qy * qy;
-      const double ux = (qy * b2 - by * q2) / det, uy = (bx * q2 - qx * b2) / det;
-      if (!std::isfinite(ux) || !std::isfinite(uy)) continue;  // collinear, or too far
-      xs.push_back(a.x + ux);
-      ys.push_back(a.y + uy);
+    if (xs.size() < n) xs.resize(n);  // grown, never shrunk: resizing clears
+    if (ys.size() < third) ys.resize(third);
+    size_t m = 0;
+    if (const double* base = PointsAsDoubles(points)) {
+      m = CircleCentres(base, third, xs.data(), ys.data());
+    } else {
+      for (size_t i = 0; i < third; ++i)
+        m += CircleCentre(points[i].x, points[i].y, points[i + third].x, points[i + third].y,
+                          points[i + 2 * third].x, points[i + 2 * third].y, &xs[m], &ys[m]);
     }
-    if (xs.empty()) return false;
-    cx = Median(xs), cy = Median(ys);
+    if (m == 0) return false;
+    cx = KthSmallest(xs.data(), m, m / 2, scratch.work);
+    cy = KthSmallest(ys.data(), m, m / 2, scratch.work);
+    // The distances from the centre (CircleDistance from radius 0, which takes NaN as
+    // infinite: a start with a NaN distance fails, so an infinite one looks again).
     std::vector<double>& radii = scratch.first;
-    radii.resize(n);
+    r = 0;
+    Distances(points, n, radii.data());
     for (size_t i = 0; i < n; ++i) {
-      radii[i] = Length(points[i].x - cx, points[i].y - cy);
-      if (std::isnan(radii[i])) return false;
+      if (radii[i] == INFINITY && std::isnan(Length(points[i].x - cx, points[i].y - cy)))
+        return false;
     }
-    r = Median(radii);
+    r = KthSmallest(radii.data(), n, n / 2, scratch.work);
     fitted = std::isfinite(cx) && std::isfinite(cy) && std::isfinite(r);
     return fitted;
   }
@@ -94,14 +104,16 @@ struct SCircleModel {
     const double lmin = f.cxx + f.cyy - lmax;
     if (!(lmin > kCollinear * kCollinear * lmax)) return CZetGeometry::kFitDegenerate;
     // Worked out once: Levenberg-Marquardt reads them at every step.
-    std::vector<CZetPoint>& frame = FitScratch().frame;
-    frame.resize(m);
+    SFitScratch& scratch = FitScratch();
+    scratch.frameX.resize(m);
+    scratch.frameY.resize(m);
+    double* const qx = scratch.frameX.data();
+    double* const qy = scratch.frameY.data();
     for (size_t i = 0; i < m; ++i) {
       const CZetPoint p = f.ToFrame(points[at(i)]);
-      frame[i] = CZetPoint((p.x - f.mx) / spread, (p.y - f.my) / spread);
+      qx[i] = (p.x - f.mx) / spread, qy[i] = (p.y - f.my) / spread;
     }
-    const CZetPoint* inFrame = frame.data();
-    const auto q = [inFrame](size_t i) { return inFrame[i]; };
+    const auto q = [qx, qy](size_t i) { return CZetPoint(qx[i], qy[i]); };
 
     Vector3d c;  // centre x, centre y, radius, in q
     if (fitted) {  // a refit of a subset starts from the fit it was chosen by
@@ -111,7 +123,7 @@ struct SCircleModel {
     if (!fitted || !c.allFinite()) {
       if (!Hyper(m, q, &c)) return CZetGeometry::kFitDegenerate;
     }
-    Refine(m, q, &c);
+    Refine(m, qx, qy, &c);
     const CZetPoint centre = f.FromFrame(f.mx + spread * c[0], f.my + spread * c[1]);
     cx = centre.x, cy = centre.y;
     r = std::fabs(c[2]) * spread / f.invScale;
@@ -169,28 +181,19 @@ struct SCircleModel {
 
   // Levenberg-Marquardt on e_i = |q_i - c| - r: J_i = (-(qx - cx)/|q - c|,
   // -(qy - cy)/|q - c|, -1); steps from (JᵀJ + λ diag JᵀJ) δ = -Jᵀe.
-  template <class Q>
-  static void Refine(size_t m, Q q, Vector3d* circle) {
+  static void Refine(size_t m, const double* qx, const double* qy, Vector3d* circle) {
     struct SEval {
       Matrix3d jtj;
       Vector3d jte;
       double cost;
     };
     const auto eval = [&](const Vector3d& c) {
-      SEval e{Matrix3d::Zero(), Vector3d::Zero(), 0.0};
-      double s00 = 0, s01 = 0, s02 = 0, s11 = 0, s12 = 0, s0 = 0, s1 = 0, s2 = 0;
-      for (size_t i = 0; i < m; ++i) {
-        const CZetPoint p = q(i);
-        const double dx = p.x - c[0], dy = p.y - c[1];
-        const double dist = std::sqrt(dx * dx + dy * dy);
-        const double res = dist - c[2];
-        const double ux = dist > 0 ? dx / dist : 0.0, uy = dist > 0 ? dy / dist : 0.0;
-        s00 += ux * ux, s01 += ux * uy, s02 += ux, s11 += uy * uy, s12 += uy;
-        s0 -= ux * res, s1 -= uy * res, s2 -= res;
-        e.cost += res * res;
-      }
-      e.jtj << s00, s01, s02, s01, s11, s12, s02, s12, static_cast<double>(m);
-      e.jte << s0, s1, s2;
+      SEval e;
+      double s[9];  // ux², ux uy, ux, uy², uy, -ux e, -uy e, -e, e²
+      CircleStepSums(qx, qy, m, c[0], c[1], c[2], s);
+      e.jtj << s[0], s[1], s[2], s[1], s[3], s[4], s[2], s[4], static_cast<double>(m);
+      e.jte << s[5], s[6], s[7];
+      e.cost = s[8];
       return e;
     };
     Vector3d c = *circle;

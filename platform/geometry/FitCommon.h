@@ -7,9 +7,14 @@
 //     // Fits points[idx[0 .. m - 1]], or points[0 .. m - 1] when idx is null.
 //     unsigned Fit(const CZetPoint* points, const uint32_t* idx, size_t m);
 //     // A rough fit of points[0 .. n - 1] that a minority of gross outliers cannot
-//     // drag (medians of fits to a few points each); false when there is none.
+//     // drag (medians of fits to a few points each); false when there is none. On
+//     // success scratch.first holds n values v with Distance(points[i]) exactly
+//     // |v[i] - StartShift()|, NaN taken as infinite.
 //     bool RobustStart(const CZetPoint* points, size_t n, SFitScratch& scratch);
-//     double Distance(const CZetPoint& p) const;   // >= 0
+//     double StartShift() const;
+//     double Distance(const CZetPoint& p) const;   // >= 0, NaN taken as infinite
+//     // Distance of points[0 .. n - 1] into out[0 .. n - 1].
+//     void Distances(const CZetPoint* points, size_t n, double* out) const;
 //   };
 //
 // TrimmedFit discards k = floor(n * percent / 100) points as ZetGeometry.h describes
@@ -18,10 +23,14 @@
 #pragma once
 
 #include <algorithm>
+#include <cfloat>
 #include <cmath>
 #include <cstdint>
+#include <cstring>
+#include <limits>
 #include <vector>
 
+#include "FitBracket.h"
 #include "zet/ZetGeometry.h"
 
 namespace zet::geometry {
@@ -32,18 +41,17 @@ struct SKept {
   size_t Count(size_t n) const { return all ? n : idx.size(); }
 };
 
-// The working memory of the fits, kept per thread from one fit to the next: a fit
-// of 10^6 points needs some 45 MB, and touching fresh pages costs more than the fit
-// itself on a virtual machine (three times the fit at 10^6 points when the memory
-// went back after each). FinishFit hands a fit's kept list back and releases the
-// memory when it outgrew kScratchKeepBytes, so that one huge fit (beyond some
-// 1.4 million points) does not hold its memory for the life of the thread; up to
-// that a thread keeps what its largest fit needed.
+// The working memory of the fits, kept per thread from one fit to the next: a fit of
+// 10^6 points needs some 40 MB (a line) to 55 MB (a circle), and touching fresh pages
+// costs more than the fit itself on a virtual machine (three times the fit at 10^6
+// points when the memory went back after each). FinishFit hands a fit's kept list back
+// and releases the memory when it outgrew kScratchKeepBytes, so that one huge fit
+// (beyond some 1.2 million points) does not hold its memory for the life of the
+// thread; up to that a thread keeps what its largest fit needed.
 struct SFitScratch {
   std::vector<double> dist, work, first, second;
-  std::vector<uint32_t> subset, near;
-  std::vector<uint8_t> in, before;
-  std::vector<CZetPoint> frame;  // a model's points in the frame its fit works in
+  std::vector<double> frameX, frameY;  // a model's points in the frame its fit works in
+  std::vector<uint32_t> subset, near, next;
   size_t Bytes() const;
 };
 inline constexpr size_t kScratchKeepBytes = size_t{64} << 20;
@@ -82,20 +90,23 @@ struct SMoments {
   }
 };
 
-// Sums in two interleaved sets, so that the additions do not wait on one another.
+// Sums in two interleaved sets, so that the additions do not wait on one another. The
+// frame's coordinates are those of SFrame::ToFrame, in plain doubles: a point object
+// made and destroyed per point cost as much as the sums.
 template <class At>
 SMoments Accumulate(const CZetPoint* points, size_t m, At at, const SFrame& f) {
   SMoments a, b;
+  const double ox = f.origin.x, oy = f.origin.y, s = f.invScale;
+  const auto add = [&](SMoments& t, const CZetPoint& p) {
+    const double x = (p.x - ox) * s, y = (p.y - oy) * s;
+    t.sx += x, t.sy += y, t.sxx += x * x, t.syy += y * y, t.sxy += x * y;
+  };
   size_t i = 0;
   for (; i + 1 < m; i += 2) {
-    const CZetPoint p = f.ToFrame(points[at(i)]), q = f.ToFrame(points[at(i + 1)]);
-    a.sx += p.x, a.sy += p.y, a.sxx += p.x * p.x, a.syy += p.y * p.y, a.sxy += p.x * p.y;
-    b.sx += q.x, b.sy += q.y, b.sxx += q.x * q.x, b.syy += q.y * q.y, b.sxy += q.x * q.y;
+    add(a, points[at(i)]);
+    add(b, points[at(i + 1)]);
   }
-  if (i < m) {
-    const CZetPoint p = f.ToFrame(points[at(i)]);
-    a.sx += p.x, a.sy += p.y, a.sxx += p.x * p.x, a.syy += p.y * p.y, a.sxy += p.x * p.y;
-  }
+  if (i < m) add(a, points[at(i)]);
   return {a.sx + b.sx, a.sy + b.sy, a.sxx + b.sxx, a.syy + b.syy, a.sxy + b.sxy};
 }
 
@@ -142,19 +153,133 @@ unsigned FitLine(const CZetPoint* points, size_t n, unsigned percent, CZetLine* 
 // runs on a few per cent of them; `work` is scratch.
 double KthSmallest(const double* values, size_t n, size_t k, std::vector<double>& work);
 
+// The parts of KthSmallest. Below kNarrowFrom values, or when the sample's bracket
+// misses k, the whole set (WholeKth, into w).
+inline constexpr size_t kNarrowFrom = 2048;
+inline double WholeKth(const double* values, size_t n, size_t k, double* w) {
+  std::copy(values, values + n, w);
+  std::nth_element(w, w + k, w + n);
+  return w[k];
+}
+// A sample of s = (2n)^(2/3) values, one from each run of `every` at a position within
+// it that a fixed pseudo-random sequence picks, so that data with a period (every fifth
+// point an outlier) cannot bias it; s balances the selection in the sample against the
+// one in the bracket. The sample ranks k s / n -/+ three standard deviations of the
+// sample rank (sqrt(s) / 2 at most) bracket the k-th value: [*lo, *hi]. value(i) is
+// the i-th value; w has room for n.
+template <class Value>
+void SampleBracket(size_t n, size_t k, Value value, double* w, double* lo, double* hi) {
+  const size_t every = std::max<size_t>(2, static_cast<size_t>(std::cbrt(n / 4.0)));
+  const size_t s = n / every;
+  uint32_t state = 0x9E3779B9u;
+  for (size_t j = 0; j < s; ++j) {
+    state = state * 1664525u + 1013904223u;  // the multiplier and increment of a full-period LCG
+    w[j] = value(j * every + ((state >> 16) * every >> 16));
+  }
+  const size_t centre = std::min(s - 1, k / every);
+  const size_t spread = static_cast<size_t>(1.5 * std::sqrt(static_cast<double>(s))) + 8;
+  const size_t rlo = centre > spread ? centre - spread : 0, rhi = std::min(s - 1, centre + spread);
+  std::nth_element(w, w + rhi, w + s);
+  *hi = rhi == s - 1 ? INFINITY : w[rhi];
+  std::nth_element(w, w + rlo, w + rhi);
+  *lo = rlo == 0 ? -INFINITY : w[rlo];
+}
+// From Bracket's count below the bracket and its m values packed in w.
+inline double BracketKth(const double* values, size_t n, size_t k, double* w, size_t below,
+                         size_t m) {
+  if (k < below || k >= below + m) return WholeKth(values, n, k, w);
+  std::nth_element(w, w + (k - below), w + m);
+  return w[k - below];
+}
+
 // The median of values[0 .. n - 1] (the upper one for even n); the values must not
 // be NaN. Uses the scratch's `work`.
 double Median(const std::vector<double>& values);
+
+// The points as the doubles the vector passes read (FitBracket.h), or null where a
+// point is laid out otherwise.
+inline const double* PointsAsDoubles(const CZetPoint* points) {
+  const double* base = reinterpret_cast<const double*>(points);
+  const bool layout = sizeof(CZetPoint) == kPointStride * sizeof(double) &&
+                      &points->x == base + 1 && &points->y == base + 2;
+  return layout ? base : nullptr;
+}
 
 // |distance| of every point from the model's fit, NaN taken as infinite, so that the
 // order has no NaN.
 template <class Model>
 void Distances(const Model& model, const CZetPoint* points, size_t n, std::vector<double>& out) {
   out.resize(n);
-  for (size_t i = 0; i < n; ++i) {
-    const double e = model.Distance(points[i]);
-    out[i] = e >= 0 ? e : INFINITY;
+  model.Distances(points, n, out.data());
+}
+
+// Distances, and the k-th smallest of them as KthSmallest gives it; in large sets
+// the sample's distances are measured first, so that one pass over the points also
+// brackets the k-th.
+// With `squares`, also the sum of the squares e = v² of the distances v with e below
+// the k-th's square (some that equal it may be among them), in lanes, and how many.
+struct SSquares {
+  double sum = 0;
+  size_t count = 0;
+};
+// The body of DistancesKth: distance(i) measures one, all(out) every one, and
+// bracket(out, lo, hi, inside, &below, &squares) every one with Bracket's pass.
+template <class One, class All, class WithBracket>
+double MeasureKth(size_t n, size_t k, std::vector<double>& dist, std::vector<double>& work,
+                  SSquares* squares, One distance, All all, WithBracket bracket) {
+  const auto sumAll = [&](double kth) {
+    if (squares) squares->sum = SumSquaresBelow(dist.data(), n, kth * kth, &squares->count);
+    return kth;
+  };
+  if (n < kNarrowFrom) {
+    all(dist.data());
+    return sumAll(KthSmallest(dist.data(), n, k, work));
   }
+  if (work.size() < n) work.resize(n);
+  double* const w = work.data();
+  double lo = 0, hi = 0;
+  SampleBracket(n, k, distance, w, &lo, &hi);
+  size_t below = 0;
+  double low = 0;  // the squares below lo: below the k-th's square, or equal to it
+  const size_t m = bracket(dist.data(), lo, hi, w, &below, &low);
+  if (k < below || k >= below + m) return sumAll(WholeKth(dist.data(), n, k, w));
+  const double kth = BracketKth(dist.data(), n, k, w, below, m);
+  if (squares) {
+    const double cut = kth * kth;
+    squares->sum = low, squares->count = below;
+    for (size_t j = 0; j < m; ++j) {
+      const double e = w[j] * w[j];
+      if (e < cut) squares->sum += e, ++squares->count;
+    }
+  }
+  return kth;
+}
+
+template <class Model>
+double DistancesKth(const Model& model, const CZetPoint* points, size_t n, size_t k,
+                    std::vector<double>& dist, std::vector<double>& work,
+                    SSquares* squares = nullptr) {
+  dist.resize(n);
+  return MeasureKth(
+      n, k, dist, work, squares, [&](size_t i) { return model.Distance(points[i]); },
+      [&](double* out) { model.Distances(points, n, out); },
+      [&](double* out, double lo, double hi, double* inside, size_t* below, double* low) {
+        return model.DistancesBracket(points, n, out, lo, hi, inside, below, low);
+      });
+}
+
+// DistancesKth of a robust start from the values its RobustStart left in `values`,
+// whose distances are |values[i] - shift| (NaN taken as infinite), measured in place:
+// a pass over those instead of the points.
+inline double ShiftedKth(double shift, size_t n, size_t k, std::vector<double>& values,
+                         std::vector<double>& work, SSquares* squares) {
+  const double* v = values.data();
+  return MeasureKth(
+      n, k, values, work, squares, [&](size_t i) { return ShiftedDistance(v[i], shift); },
+      [&](double* out) { ShiftedDistances(v, n, shift, out, 0, 0, nullptr, nullptr, nullptr); },
+      [&](double* out, double lo, double hi, double* inside, size_t* below, double* low) {
+        return ShiftedDistances(v, n, shift, out, lo, hi, inside, below, low);
+      });
 }
 
 inline constexpr int kTrimSteps = 4;           // k/2, 3k/4, 7k/8, k
@@ -166,12 +291,8 @@ template <class Model>
 class TTrimmer {
  public:
   TTrimmer(const CZetPoint* points, size_t n, size_t k, SFitScratch& scratch)
-      : m_points(points), m_n(n), m_k(k), m_in(scratch.in), m_before(scratch.before),
-        m_subset(scratch.subset), m_near(scratch.near), m_dist(scratch.dist),
-        m_work(scratch.work) {
-    m_in.assign(n, 0);
-    m_before.assign(n, 0);
-  }
+      : m_points(points), m_n(n), m_k(k), m_subset(scratch.subset), m_near(scratch.near),
+        m_next(scratch.next), m_dist(scratch.dist), m_work(scratch.work) {}
 
   // The distances of the model's current fit and their (n - k)-th smallest, when the
   // caller measured them already: the first step takes them instead of measuring again.
@@ -184,7 +305,7 @@ class TTrimmer {
   // From the model's current fit: the steps toward k when `inSteps`, then refits on
   // the nearest n - k until that set stays. On success the model fits `kept`.
   unsigned Run(Model& model, bool inSteps, SKept* kept) {
-    std::fill(m_in.begin(), m_in.end(), 0);
+    m_fitted = false;
     bool changed = true;
     size_t last = 0;
     for (int s = 1; inSteps && s <= kTrimSteps; ++s) {
@@ -213,14 +334,19 @@ class TTrimmer {
   // When a step fails, the trimmed fit stands.
   void Reselect(Model& model) {
     std::vector<double>& dist = m_dist;
-    if (!m_fresh) Distances(model, m_points, m_n, dist);
+    const double median = m_fresh ? KthSmallest(dist.data(), m_n, m_n / 2, m_work)
+                                  : DistancesKth(model, m_points, m_n, m_n / 2, dist, m_work);
     m_fresh = false;
-    const double cut = kReweightCut * 1.4826 * KthSmallest(dist.data(), m_n, m_n / 2, m_work);
+    const double cut = kReweightCut * 1.4826 * median;
     if (!(cut > 0) || !std::isfinite(cut)) return;  // an exact fit, or no scale
     std::vector<uint32_t>& near = m_near;
-    near.clear();
-    for (size_t i = 0; i < m_n; ++i)
-      if (dist[i] <= cut) near.push_back(static_cast<uint32_t>(i));
+    near.resize(m_n);
+    size_t m = 0;
+    for (size_t i = 0; i < m_n; ++i) {
+      near[m] = static_cast<uint32_t>(i);
+      m += dist[i] <= cut;
+    }
+    near.resize(m);
     Model wide = model;
     if (near.size() < Model::kMinPoints ||
         wide.Fit(m_points, near.data(), near.size()) != CZetGeometry::kFitOk)
@@ -242,39 +368,54 @@ class TTrimmer {
   // model's fit, for the next step or Reselect.
   unsigned Step(Model& model, size_t t, bool* changed) {
     const size_t keep = m_n - t;
-    if (!m_fresh) Distances(model, m_points, m_n, m_dist);
+    double cut = 0;
+    if (!m_fresh)
+      cut = DistancesKth(model, m_points, m_n, keep - 1, m_dist, m_work);
+    else
+      cut = m_cutKnown && t == m_k ? m_cut : KthSmallest(m_dist.data(), m_n, keep - 1, m_work);
     const double* dist = m_dist.data();
-    const double cut = m_cutKnown && t == m_k ? m_cut : KthSmallest(dist, m_n, keep - 1, m_work);
     m_fresh = true;
     m_cutKnown = false;
-    size_t below = 0;
-    for (size_t i = 0; i < m_n; ++i) below += dist[i] < cut;
-    size_t ties = keep - below;
-    m_before.swap(m_in);
-    uint8_t* in = m_in.data();
+    // Every point at or below the cut: the set, unless more lie at the cut than the set
+    // has room for; then the earliest of those.
+    if (m_next.size() < m_n) m_next.resize(m_n);
+    uint32_t* next = m_next.data();
+    size_t m = 0;
     for (size_t i = 0; i < m_n; ++i) {
-      const bool take = dist[i] == cut && ties > 0;
-      ties -= take;
-      in[i] = static_cast<uint8_t>(dist[i] < cut || take);
+      next[m] = static_cast<uint32_t>(i);
+      m += dist[i] <= cut;
     }
-    *changed = m_in != m_before;
+    if (m > keep) {
+      size_t below = 0;
+      for (size_t i = 0; i < m_n; ++i) below += dist[i] < cut;
+      size_t ties = keep - below;
+      m = 0;
+      for (size_t i = 0; i < m_n; ++i) {
+        const bool tie = dist[i] == cut && ties > 0;
+        ties -= tie;
+        next[m] = static_cast<uint32_t>(i);
+        m += dist[i] < cut || tie;
+      }
+    }
+    *changed = !m_fitted || m_subset.size() != m ||
+               std::memcmp(m_subset.data(), next, m * sizeof(uint32_t)) != 0;
     if (!*changed) return CZetGeometry::kFitOk;
     m_fresh = false;
-    m_subset.clear();
-    for (size_t i = 0; i < m_n; ++i)
-      if (in[i]) m_subset.push_back(static_cast<uint32_t>(i));
+    m_fitted = true;
+    m_subset.swap(m_next);
+    m_subset.resize(m);
     return model.Fit(m_points, m_subset.data(), m_subset.size());
   }
 
   const CZetPoint* m_points;
   size_t m_n, m_k;
-  std::vector<uint8_t>& m_in;
-  std::vector<uint8_t>& m_before;
-  std::vector<uint32_t>& m_subset;
+  std::vector<uint32_t>& m_subset;  // the set of the model's fit, once m_fitted
   std::vector<uint32_t>& m_near;
+  std::vector<uint32_t>& m_next;
   std::vector<double>& m_dist;
   std::vector<double>& m_work;
   double m_cut = 0;
+  bool m_fitted = false;     // a step of this run fitted the model to m_subset
   bool m_fresh = false;      // m_dist holds the distances of the model's current fit
   bool m_cutKnown = false;   // and m_cut their (n - k)-th smallest
 };
@@ -285,12 +426,8 @@ class TTrimmer {
 // `dist` and the (n - k)-th of them in *distCut (squaring keeps their order, so the
 // (n - k)-th square is the square of the (n - k)-th distance), for the first
 // trimming step.
-template <class Model>
-double TrimmedCost(const CZetPoint* points, size_t n, size_t k, const Model& model,
-                   std::vector<double>& dist, std::vector<double>& work, double* distCut) {
-  Distances(model, points, n, dist);
-  *distCut = KthSmallest(dist.data(), n, n - k - 1, work);
-  const double cut = *distCut * *distCut;
+inline double TrimmedCostInOrder(const double* dist, size_t n, size_t k, double distCut) {
+  const double cut = distCut * distCut;
   double sum = 0;
   size_t counted = 0;
   for (size_t i = 0; i < n; ++i) {
@@ -300,6 +437,36 @@ double TrimmedCost(const CZetPoint* points, size_t n, size_t k, const Model& mod
     counted += in;
   }
   return sum + static_cast<double>(n - k - counted) * cut;
+}
+
+// The same cost summed in vector lanes, which round otherwise: QuickCostBelow decides
+// from it where it can.
+// A robust start (fromStart) measures from the values RobustStart left in `dist`.
+template <class Model>
+double QuickTrimmedCost(const CZetPoint* points, size_t n, size_t k, const Model& model,
+                        bool fromStart, std::vector<double>& dist, std::vector<double>& work,
+                        double* distCut) {
+  SSquares squares;
+  *distCut = fromStart ? ShiftedKth(model.StartShift(), n, n - k - 1, dist, work, &squares)
+                       : DistancesKth(model, points, n, n - k - 1, dist, work, &squares);
+  const double cut = *distCut * *distCut;
+  return squares.sum + static_cast<double>(n - k - squares.count) * cut;
+}
+
+// Whether cost a < cost b, both sums of the same n + 1 non-negative terms as
+// TrimmedCostInOrder adds them, from the quick sums qa and qb of those terms: any order
+// of adding m non-negative terms lands within m u of their exact sum (u = 2^-53, and
+// m times the least subnormal where they underflow), so where qa and qb lie further
+// apart than four times that, the sums in input order are ordered as they are. Else
+// 0 or 1 from the sums in input order, and -1 when undecided here.
+inline int QuickCostBelow(double qa, double qb, size_t n) {
+  if (!std::isfinite(qa) || !std::isfinite(qb)) return -1;
+  const double m = static_cast<double>(n) + 2;
+  const double margin = 4 * m * (DBL_EPSILON / 2) * (qa + qb) +
+                        4 * m * std::numeric_limits<double>::denorm_min();
+  if (qb - qa > margin) return 1;
+  if (qa - qb > margin) return 0;
+  return -1;
 }
 
 // The fit after discarding k = floor(n * percent / 100) points. Trimming starts from
@@ -324,9 +491,18 @@ unsigned TrimmedFit(const CZetPoint* points, size_t n, unsigned percent, Model& 
   Model robust;
   double robustCut = 0, plainCut = 0;
   // The robust start's distances stay in `first` for its first step.
-  if (robust.RobustStart(points, n, scratch) &&
-      TrimmedCost(points, n, k, robust, scratch.first, scratch.work, &robustCut) <
-          TrimmedCost(points, n, k, model, scratch.dist, scratch.work, &plainCut)) {
+  bool fromRobust = robust.RobustStart(points, n, scratch);
+  if (fromRobust) {
+    const double qr =
+        QuickTrimmedCost(points, n, k, robust, true, scratch.first, scratch.work, &robustCut);
+    const double qp =
+        QuickTrimmedCost(points, n, k, model, false, scratch.dist, scratch.work, &plainCut);
+    const int below = QuickCostBelow(qr, qp, n);
+    fromRobust = below >= 0 ? below == 1
+                            : TrimmedCostInOrder(scratch.first.data(), n, k, robustCut) <
+                                  TrimmedCostInOrder(scratch.dist.data(), n, k, plainCut);
+  }
+  if (fromRobust) {
     TTrimmer<Model> trimmer(points, n, k, scratch);
     trimmer.KnownDistances(scratch.first, robustCut);
     model = robust;

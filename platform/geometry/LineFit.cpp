@@ -18,65 +18,38 @@ bool AnyNonFinite(const CZetPoint* points, size_t n) {
 void SplitPoints(const CZetPoint* points, size_t n, const SKept* kept, CZetPointVector* used,
                  CZetPointVector* outliers) {
   const size_t m = kept ? kept->Count(n) : 0;
-  if (used) {
-    used->Resize(static_cast<unsigned>(m));
-    if (kept && kept->all) {
-      std::copy(points, points + n, used->GetStorage());
-    } else {
-      for (size_t j = 0; j < m; ++j) (*used)[static_cast<unsigned>(j)] = points[kept->idx[j]];
-    }
+  if (used) used->Resize(static_cast<unsigned>(m));
+  if (outliers) outliers->Resize(kept ? static_cast<unsigned>(n - m) : 0u);
+  if (!kept) return;
+  if (kept->all) {
+    if (used) std::copy(points, points + n, used->GetStorage());
+    return;
   }
-  if (outliers) {
-    outliers->Resize(kept ? static_cast<unsigned>(n - m) : 0u);
-    if (kept && !kept->all) {
-      size_t j = 0, o = 0;
-      for (size_t i = 0; i < n; ++i) {
-        if (j < m && kept->idx[j] == i)
-          ++j;
-        else
-          (*outliers)[static_cast<unsigned>(o++)] = points[i];
-      }
+  // One pass over the input hands each point to its list.
+  CZetPoint* const u = used ? used->GetStorage() : nullptr;
+  CZetPoint* const o = outliers ? outliers->GetStorage() : nullptr;
+  const uint32_t* const idx = kept->idx.data();
+  size_t j = 0;
+  for (size_t i = 0; i < n; ++i) {
+    if (j < m && idx[j] == i) {
+      if (u) u[j] = points[i];
+      ++j;
+    } else if (o) {
+      o[i - j] = points[i];
     }
   }
 }
 
 double KthSmallest(const double* values, size_t n, size_t k, std::vector<double>& work) {
-  // Below this many values, or when the sample's bracket misses k, the whole set.
-  constexpr size_t kNarrowFrom = 2048;
   // Grown, never shrunk: resizing up again would clear the memory each time.
   if (work.size() < n) work.resize(n);
   double* const w = work.data();
-  const auto whole = [&] {
-    std::copy(values, values + n, w);
-    std::nth_element(w, w + k, w + n);
-    return w[k];
-  };
-  if (n < kNarrowFrom) return whole();
-  // A sample of s = (2n)^(2/3) values, one from each run of `every` at a position
-  // within it that a fixed pseudo-random sequence picks, so that data with a period
-  // (every fifth point an outlier) cannot bias it; s balances the selection in the
-  // sample against the one in the bracket. The sample ranks k s / n -/+ three standard
-  // deviations of the sample rank (sqrt(s) / 2 at most) bracket the k-th value.
-  const size_t every = std::max<size_t>(2, static_cast<size_t>(std::cbrt(n / 4.0)));
-  const size_t s = n / every;
-  uint32_t state = 0x9E3779B9u;
-  for (size_t j = 0; j < s; ++j) {
-    state = state * 1664525u + 1013904223u;  // the multiplier and increment of a full-period LCG
-    w[j] = values[j * every + ((state >> 16) * every >> 16)];
-  }
-  const size_t centre = std::min(s - 1, k / every);
-  const size_t spread = static_cast<size_t>(1.5 * std::sqrt(static_cast<double>(s))) + 8;
-  const size_t rlo = centre > spread ? centre - spread : 0, rhi = std::min(s - 1, centre + spread);
-  std::nth_element(w, w + rhi, w + s);
-  const double hi = rhi == s - 1 ? INFINITY : w[rhi];
-  std::nth_element(w, w + rlo, w + rhi);
-  const double lo = rlo == 0 ? -INFINITY : w[rlo];
-  // Count what lies below the bracket; keep what lies in it.
+  if (n < kNarrowFrom) return WholeKth(values, n, k, w);
+  double lo = 0, hi = 0;
+  SampleBracket(n, k, [values](size_t i) { return values[i]; }, w, &lo, &hi);
   size_t below = 0;
   const size_t m = Bracket(values, n, lo, hi, w, &below);
-  if (k < below || k >= below + m) return whole();
-  std::nth_element(w, w + (k - below), w + m);
-  return w[k - below];
+  return BracketKth(values, n, k, w, below, m);
 }
 
 double Median(const std::vector<double>& values) {
@@ -84,10 +57,10 @@ double Median(const std::vector<double>& values) {
 }
 
 size_t SFitScratch::Bytes() const {
-  return (dist.capacity() + work.capacity() + first.capacity() + second.capacity()) *
+  return (dist.capacity() + work.capacity() + first.capacity() + second.capacity() +
+          frameX.capacity() + frameY.capacity()) *
              sizeof(double) +
-         (subset.capacity() + near.capacity()) * sizeof(uint32_t) + in.capacity() +
-         before.capacity() + frame.capacity() * sizeof(CZetPoint);
+         (subset.capacity() + near.capacity() + next.capacity()) * sizeof(uint32_t);
 }
 
 SFitScratch& FitScratch() {
@@ -102,6 +75,28 @@ void FinishFit(SKept* kept) {
 }
 
 namespace {
+
+// The k-th smallest (KthSmallest's k) of values exact(0 .. n - 1) from approximations
+// rough[i] within kRoughAngle of them: with q the k-th smallest rough value, the exact
+// one lies within kRoughAngle of q, every value whose rough one is below q - 2
+// kRoughAngle is below it and every one above q + 2 kRoughAngle above it, so it is
+// the (k - those below)-th of the exact values of the rest, which are few.
+// kRoughAngle: far beyond the few units of 2^-53 that the doubled-angle components
+// (in [-1, 1]) of hypot's and of sqrt's length differ by.
+constexpr double kRoughAngle = 0x1p-36;
+
+template <class Exact>
+double ExactKth(const double* rough, size_t n, size_t k, Exact exact, SFitScratch& scratch) {
+  const double q = KthSmallest(rough, n, k, scratch.work);
+  const double lo = q - 2 * kRoughAngle, hi = q + 2 * kRoughAngle;
+  if (scratch.near.size() < n) scratch.near.resize(n);
+  size_t below = 0;
+  const size_t m = BracketIndexes(rough, n, lo, hi, scratch.near.data(), &below);
+  std::vector<double> near(m);
+  for (size_t j = 0; j < m; ++j) near[j] = exact(scratch.near[j]);
+  std::nth_element(near.begin(), near.begin() + static_cast<ptrdiff_t>(k - below), near.end());
+  return near[k - below];
+}
 
 struct SLineModel {
   static constexpr size_t kMinPoints = 2;
@@ -128,31 +123,70 @@ struct SLineModel {
     const size_t half = n / 2;
     std::vector<double>& c2 = scratch.first;
     std::vector<double>& s2 = scratch.second;
-    c2.clear(), s2.clear();
-    for (size_t i = 0; i < half; ++i) {
-      const double dx = points[i + half].x - points[i].x, dy = points[i + half].y - points[i].y;
-      const double len = std::hypot(dx, dy);
-      const double ux = dx / len, uy = dy / len;
-      if (!(len > 0) || !std::isfinite(ux) || !std::isfinite(uy)) continue;
-      c2.push_back(ux * ux - uy * uy);
-      s2.push_back(2 * ux * uy);
+    if (c2.size() < n) c2.resize(n);  // grown, never shrunk: resizing clears
+    if (s2.size() < half) s2.resize(half);
+    const double* base = PointsAsDoubles(points);
+    const auto step = [points, half](size_t i, double* c, double* s) {
+      return DoubledAngle(points[i + half].x - points[i].x, points[i + half].y - points[i].y, c,
+                          s);
+    };
+    double mc = 0, ms = 0;
+    if (base && half > 0 && RoughDoubledAngles(base, half, c2.data(), s2.data()) == 0) {
+      // Every step has a direction, within a few units in the last place of the exact
+      // one (of hypot's length): the medians of those narrow down which steps' exact
+      // values decide.
+      const auto c = [&](size_t i) {
+        double ci = 0, si = 0;
+        step(i, &ci, &si);
+        return ci;
+      };
+      const auto s = [&](size_t i) {
+        double ci = 0, si = 0;
+        step(i, &ci, &si);
+        return si;
+      };
+      ms = ExactKth(s2.data(), half, half / 2, s, scratch);
+      mc = ExactKth(c2.data(), half, half / 2, c, scratch);
+    } else {
+      size_t m = 0;
+      for (size_t i = 0; i < half; ++i) m += step(i, &c2[m], &s2[m]);
+      if (m == 0) return false;
+      ms = KthSmallest(s2.data(), m, m / 2, scratch.work);
+      mc = KthSmallest(c2.data(), m, m / 2, scratch.work);
     }
-    if (c2.empty()) return false;
-    const double a = 0.5 * std::atan2(Median(s2), Median(c2));
+    const double a = 0.5 * std::atan2(ms, mc);
     CZetLine l(a, 0);
     CZetGeometry::NormalizeLine(&l);
     nx = -std::sin(l.a), ny = std::cos(l.a);
     std::vector<double>& offsets = scratch.first;
-    offsets.resize(n);
-    for (size_t i = 0; i < n; ++i) {
-      offsets[i] = nx * points[i].x + ny * points[i].y;
-      if (std::isnan(offsets[i])) return false;
+    if (base) {
+      if (!LineOffsets(base, n, nx, ny, offsets.data())) return false;
+    } else {
+      for (size_t i = 0; i < n; ++i) {
+        offsets[i] = nx * points[i].x + ny * points[i].y;
+        if (std::isnan(offsets[i])) return false;
+      }
     }
-    line = CZetLine(l.a, Median(offsets) + 0.0);
+    line = CZetLine(l.a, KthSmallest(offsets.data(), n, n / 2, scratch.work) + 0.0);
     return std::isfinite(line.d);
   }
+  double StartShift() const { return line.d; }  // the offsets left in scratch.first
   double Signed(const CZetPoint& p) const { return nx * p.x + ny * p.y - line.d; }
-  double Distance(const CZetPoint& p) const { return std::fabs(Signed(p)); }
+  double Distance(const CZetPoint& p) const { return LineDistance(p.x, p.y, nx, ny, line.d); }
+  void Distances(const CZetPoint* points, size_t n, double* out) const {
+    if (const double* base = PointsAsDoubles(points))
+      return LineDistances(base, n, nx, ny, line.d, out);
+    for (size_t i = 0; i < n; ++i) out[i] = Distance(points[i]);
+  }
+  size_t DistancesBracket(const CZetPoint* points, size_t n, double* out, double lo, double hi,
+                          double* inside, size_t* below, double* squares) const {
+    if (const double* base = PointsAsDoubles(points))
+      return LineDistancesBracket(base, n, nx, ny, line.d, out, lo, hi, inside, below, squares);
+    Distances(points, n, out);
+    *squares = 0;
+    for (size_t i = 0; i < n; ++i) *squares += out[i] < lo ? out[i] * out[i] : 0.0;
+    return Bracket(out, n, lo, hi, inside, below);
+  }
 };
 
 }  // namespace

@@ -251,6 +251,77 @@ TEST(Fits, PeriodicOutliersInLargeSets) {
   }
 }
 
+// Copies of one far point are the farthest points at one distance; when the cut falls
+// among them the earliest copies stay. Sets large enough for the sampled selection and
+// the vector passes, of sizes that leave every remainder of the vector width.
+TEST(Fits, TiesAtTheCutKeepTheEarliest) {
+  struct SCase {
+    bool circle;
+    int n, copies;
+    unsigned percent;  // n * percent / 100 of the copies go
+  } const cases[] = {{false, 3001, 40, 1}, {false, 10007, 130, 1}, {true, 3003, 40, 1},
+                     {true, 10005, 130, 1}, {false, 2053, 30, 1}};
+  for (const SCase& c : cases) {
+    SCOPED_TRACE(testing::Message() << (c.circle ? "circle " : "line ") << c.n);
+    Pts p = c.circle ? OnCircle(300, 200, 80, c.n) : OnLine(0.3, 20, c.n, 0.05);
+    for (int i = 0; i < c.n; ++i) p[i].x += (i % 7 - 3) * 0.02;  // a little noise
+    const CZetPoint far = c.circle ? CZetPoint(300, 200 + 160) : CZetPoint(-30, 90);
+    const int every = c.n / c.copies;
+    for (int j = 0; j < c.copies; ++j) p[static_cast<size_t>(j * every + 3)] = far;
+    const size_t k = static_cast<size_t>(c.n) * c.percent / 100;
+    ASSERT_LT(k, static_cast<size_t>(c.copies));
+    // The copies after the first copies - k go, the rest stay in order.
+    Pts used, outliers;
+    int seen = 0;
+    for (const CZetPoint& q : p) {
+      const bool copy = q == far;
+      seen += copy;
+      (copy && seen > c.copies - static_cast<int>(k) ? outliers : used).push_back(q);
+    }
+    if (c.circle) {
+      const SCircle r = FitCircle(p, c.percent);
+      ASSERT_EQ(r.status, G::kFitOk);
+      EXPECT_EQ(r.used.Std(), used);
+      EXPECT_EQ(r.outliers.Std(), outliers);
+    } else {
+      const SLine r = FitLine(p, c.percent);
+      ASSERT_EQ(r.status, G::kFitOk);
+      EXPECT_EQ(r.used.Std(), used);
+      EXPECT_EQ(r.outliers.Std(), outliers);
+    }
+  }
+}
+
+// The line's robust start measures the steps between points half the set apart: steps
+// of length 0 (repeated points), exactly equal directions (points on a grid row) and
+// tiny steps take other ways than plain data, and each must still find the outliers.
+TEST(Fits, LineStartFromRepeatedAlignedAndTinySteps) {
+  enum EKind { kAllRepeated, kSomeRepeated, kGridRow, kTiny };
+  for (const EKind kind : {kAllRepeated, kSomeRepeated, kGridRow, kTiny}) {
+    SCOPED_TRACE(static_cast<int>(kind));
+    const int n = 4000;
+    const double scale = kind == kTiny ? 1e-160 : 1.0;
+    Pts p;
+    for (int i = 0; i < n; ++i) {
+      const int j = kind == kAllRepeated || (kind == kSomeRepeated && i >= n / 2 && i % 3 == 0)
+                        ? i % (n / 2)
+                        : i;
+      const double noise = kind == kGridRow ? 0 : (j % 5 - 2) * 0.01;
+      p.emplace_back(j * scale, (5 + noise) * scale);
+    }
+    Pts outliers;
+    for (int i = 0; i < n; i += 5) {  // 20 % gross outliers, either side
+      p[i].y = (i % 10 == 0 ? 45 : -35) * scale;
+      outliers.push_back(p[i]);
+    }
+    const SLine r = FitLine(p, 20);
+    ASSERT_EQ(r.status, G::kFitOk);
+    EXPECT_EQ(r.outliers.Std(), outliers);
+    EXPECT_NEAR(r.line.a, 0, 1e-3);
+    EXPECT_NEAR(r.line.d / scale, 5, 0.02);
+  }
+}
+
 TEST(Fits, SignedExtremesEitherSide) {
   // The fitted line is y = 0 by symmetry: the point above it (y < 0) is the minimum.
   const Pts p = {{0, 0}, {10, 0}, {5, 1}, {5, -1}, {5, 0.5}};
