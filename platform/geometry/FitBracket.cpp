@@ -75,34 +75,66 @@ size_t BracketIndexesImpl(const double* values, size_t n, double lo, double hi,
   return m;
 }
 
+// What a distance pass keeps beside the distances when it brackets them: the count and
+// the sum of squares of those below lo, and those within [lo, hi] packed into inside.
+struct STally {
+  double lo, hi;
+  double* inside;
+  size_t m = 0, under = 0;
+  double sum = 0;
+
+  void Take(double v) {
+    under += v < lo;
+    sum += v < lo ? v * v : 0.0;
+    inside[m] = v;
+    m += (v >= lo) & (v <= hi);
+  }
+};
+
+#if HWY_TARGET != HWY_SCALAR
+// Stores a vector of distances at out (NaN as +inf) and, given a tally, takes them as
+// STally::Take does, their squares added into vsum. CompressStore may write a whole
+// vector from inside + m; m <= the position keeps that within the caller's n.
+template <class D, class V = hn::Vec<D>>
+HWY_INLINE void StoreTaken(D d, V e, double* out, STally* tally, V& vsum) {
+  e = hn::IfThenElse(hn::Ge(e, hn::Zero(d)), e, hn::Set(d, INFINITY));
+  hn::StoreU(e, d, out);
+  if (!tally) return;
+  const auto vlo = hn::Set(d, tally->lo);
+  const auto low = hn::Lt(e, vlo);
+  tally->under += hn::CountTrue(d, low);
+  vsum = hn::Add(vsum, hn::IfThenElseZero(low, hn::Mul(e, e)));
+  tally->m += hn::CompressStore(e, hn::And(hn::Ge(e, vlo), hn::Le(e, hn::Set(d, tally->hi))), d,
+                                tally->inside + tally->m);
+}
+#endif
+
+// Ends a pass: the tally's results to the caller's, and its packed count.
+size_t Report(const STally& tally, bool taken, size_t* below, double* squares) {
+  if (taken) *below = tally.under, *squares = tally.sum;
+  return tally.m;
+}
+
 // The distances of the points from a line (kCircle false: a = nx, b = ny, c = the
 // offset) or a circle (a, b = the centre, c = the radius) into out; with kBracket,
 // also Bracket's count and packing of them, and the squares below the bracket summed.
 template <bool kCircle, bool kBracket>
 size_t DistancesPass(const double* base, size_t n, double a, double b, double c, double* out,
                      double lo, double hi, double* inside, size_t* below, double* squares) {
-  size_t i = 0, m = 0, under = 0;
-  double sum = 0;
+  size_t i = 0;
+  STally tally{lo, hi, inside};
   const auto scalar = [&](size_t j) {
     const double* p = base + j * kPointStride;
     const double v =
         kCircle ? CircleDistance(p[1], p[2], a, b, c) : LineDistance(p[1], p[2], a, b, c);
     out[j] = v;
-    if (kBracket) {
-      under += v < lo;
-      sum += v < lo ? v * v : 0.0;
-      inside[m] = v;
-      m += (v >= lo) & (v <= hi);
-    }
+    if (kBracket) tally.Take(v);
   };
 #if HWY_TARGET != HWY_SCALAR
   const hn::ScalableTag<double> d;
   const size_t lanes = hn::Lanes(d);
   const auto va = hn::Set(d, a), vb = hn::Set(d, b), vc = hn::Set(d, c);
-  const auto zero = hn::Zero(d), inf = hn::Set(d, INFINITY);
-  const auto vlo = hn::Set(d, lo), vhi = hn::Set(d, hi);
-  auto vsum = zero;
-  // CompressStore may write a whole vector from inside + m; m <= i keeps that within n.
+  auto vsum = hn::Zero(d);
   for (; i + lanes <= n; i += lanes) {
     hn::Vec<decltype(d)> head, x, y, e;
     hn::LoadInterleaved3(d, base + i * kPointStride, head, x, y);
@@ -117,60 +149,36 @@ size_t DistancesPass(const double* base, size_t n, double a, double b, double c,
     } else {
       e = hn::Abs(hn::Sub(hn::Add(hn::Mul(va, x), hn::Mul(vb, y)), vc));
     }
-    e = hn::IfThenElse(hn::Ge(e, zero), e, inf);
-    hn::StoreU(e, d, out + i);
-    if (kBracket) {
-      const auto low = hn::Lt(e, vlo);
-      under += hn::CountTrue(d, low);
-      vsum = hn::Add(vsum, hn::IfThenElseZero(low, hn::Mul(e, e)));
-      m += hn::CompressStore(e, hn::And(hn::Ge(e, vlo), hn::Le(e, vhi)), d, inside + m);
-    }
+    StoreTaken(d, e, out + i, kBracket ? &tally : nullptr, vsum);
   }
-  sum += hn::GetLane(hn::SumOfLanes(d, vsum));
+  tally.sum += hn::GetLane(hn::SumOfLanes(d, vsum));
 #endif
   for (; i < n; ++i) scalar(i);
-  if (kBracket) *below = under, *squares = sum;
-  return m;
+  return Report(tally, kBracket, below, squares);
 }
 
 size_t ShiftedDistancesImpl(const double* values, size_t n, double shift, double* out, double lo,
                             double hi, double* inside, size_t* below, double* squares) {
-  size_t i = 0, m = 0, under = 0;
-  double sum = 0;
+  size_t i = 0;
+  STally tally{lo, hi, inside};
   const bool pack = inside != nullptr;
   const auto scalar = [&](size_t j) {
     const double v = ShiftedDistance(values[j], shift);
     out[j] = v;
-    if (pack) {
-      under += v < lo;
-      sum += v < lo ? v * v : 0.0;
-      inside[m] = v;
-      m += (v >= lo) & (v <= hi);
-    }
+    if (pack) tally.Take(v);
   };
 #if HWY_TARGET != HWY_SCALAR
   const hn::ScalableTag<double> d;
   const size_t lanes = hn::Lanes(d);
-  const auto vc = hn::Set(d, shift), zero = hn::Zero(d), inf = hn::Set(d, INFINITY);
-  const auto vlo = hn::Set(d, lo), vhi = hn::Set(d, hi);
-  auto vsum = zero;
-  // CompressStore may write a whole vector from inside + m; m <= i keeps that within n.
-  for (; i + lanes <= n; i += lanes) {
-    auto e = hn::Abs(hn::Sub(hn::LoadU(d, values + i), vc));
-    e = hn::IfThenElse(hn::Ge(e, zero), e, inf);
-    hn::StoreU(e, d, out + i);
-    if (pack) {
-      const auto low = hn::Lt(e, vlo);
-      under += hn::CountTrue(d, low);
-      vsum = hn::Add(vsum, hn::IfThenElseZero(low, hn::Mul(e, e)));
-      m += hn::CompressStore(e, hn::And(hn::Ge(e, vlo), hn::Le(e, vhi)), d, inside + m);
-    }
-  }
-  sum += hn::GetLane(hn::SumOfLanes(d, vsum));
+  const auto vc = hn::Set(d, shift);
+  auto vsum = hn::Zero(d);
+  for (; i + lanes <= n; i += lanes)
+    StoreTaken(d, hn::Abs(hn::Sub(hn::LoadU(d, values + i), vc)), out + i,
+               pack ? &tally : nullptr, vsum);
+  tally.sum += hn::GetLane(hn::SumOfLanes(d, vsum));
 #endif
   for (; i < n; ++i) scalar(i);
-  if (pack) *below = under, *squares = sum;
-  return m;
+  return Report(tally, pack, below, squares);
 }
 
 void LineDistancesImpl(const double* base, size_t n, double nx, double ny, double off,
